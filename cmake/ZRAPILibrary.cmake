@@ -1,0 +1,35 @@
+# Common shape of the project's shared libraries.
+
+# The properties that make a shared library a product: SONAME, hidden symbols, name, install set.
+# zrapi_shared_library(TARGET EXPORT_NAME)
+function(zrapi_shared_library target export_name)
+  set_target_properties(
+    ${target}
+    PROPERTIES OUTPUT_NAME ZRAPI_${export_name}
+               EXPORT_NAME ${export_name}
+               VERSION ${PROJECT_VERSION}
+               SOVERSION ${PROJECT_VERSION_MAJOR}
+               CXX_VISIBILITY_PRESET hidden
+               C_VISIBILITY_PRESET hidden
+               VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  target_include_directories(
+    ${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
+                     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zrapi>")
+  # Each library resolves all it needs by what it is linked with.
+  target_link_options(${target} PRIVATE "$<$<NOT:$<BOOL:${ZRAPI_SANITIZE}>>:LINKER:--no-undefined>")
+  add_library(ZRAPI::${export_name} ALIAS ${target})
+  install(TARGETS ${target} EXPORT ZRAPI_HardwareTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endfunction()
+
+# One subsystem of the hardware library: compiled on its own, linked into the one shared library.
+# zrapi_hardware_subsystem(NAME SOURCES... )
+function(zrapi_hardware_subsystem name)
+  set(target zrapi_hardware_${name})
+  add_library(${target} OBJECT ${ARGN})
+  set_target_properties(
+    ${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
+                         C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  target_link_libraries(${target} PUBLIC ZRAPI::Common ZRAPI::OS_ABS ZRAPI::Utility)
+  target_sources(zrapi_hardware PRIVATE "$<TARGET_OBJECTS:${target}>")
+endfunction()
