@@ -18,7 +18,7 @@ namespace {
 // A sysfs attribute is at most one page.
 constexpr std::size_t attributeSize = 4096;
 // Far above any attribute; a file that never ends must not take the memory.
-constexpr std::size_t longestText = 1024 * 1024;
+constexpr std::size_t longestText = std::size_t{1024} * 1024;
 constexpr std::string_view blanks = " \t";
 constexpr std::string_view blanksAndLineEnds = " \t\r\n";
 

@@ -90,17 +90,17 @@ AttributeBuffer::pos_type AttributeBuffer::seekoff(off_type offset,
                                                    std::ios_base::seekdir direction,
                                                    std::ios_base::openmode /*which*/) {
     if (!sendPending())
-        return pos_type(off_type(-1));
+        return {off_type{-1}};
     // The kernel's position is behind what has been read ahead.
     if (direction == std::ios_base::cur)
         offset -= egptr() - gptr();
     dropInput();
-    return pos_type(::lseek(descriptor_, offset, whenceOf(direction)));
+    return {::lseek(descriptor_, offset, whenceOf(direction))};
 }
 
 AttributeBuffer::pos_type AttributeBuffer::seekpos(pos_type position,
                                                    std::ios_base::openmode which) {
-    return seekoff(off_type(position), std::ios_base::beg, which);
+    return seekoff(position, std::ios_base::beg, which);
 }
 
 bool AttributeBuffer::sendPending() {
