@@ -18,6 +18,12 @@ function(zrapi_shared_library target export_name)
                      "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zrapi>")
   # Each library resolves all it needs by what it is linked with.
   target_link_options(${target} PRIVATE "$<$<NOT:$<BOOL:${ZRAPI_SANITIZE}>>:LINKER:--no-undefined>")
+  # Sanitizers and coverage need names of their own outside.
+  if(NOT ZRAPI_SANITIZE AND NOT ZRAPI_COVERAGE)
+    set(exports ${PROJECT_SOURCE_DIR}/cmake/zrapi_exports.map)
+    target_link_options(${target} PRIVATE LINKER:--version-script=${exports})
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS ${exports})
+  endif()
   add_library(ZRAPI::${export_name} ALIAS ${target})
   install(TARGETS ${target} EXPORT ZRAPI_HardwareTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endfunction()
