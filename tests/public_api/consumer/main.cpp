@@ -1,0 +1,121 @@
+// Uses each public header of the installed package once, on a machine that need not be a terminal.
+
+#include <common/zrapi_common/zr_debug.h>
+#include <common/zrapi_common/zr_eeprom.h>
+#include <common/zrapi_common/zr_result.h>
+#include <common/zrapi_export.h>
+#include <common/zrapi_os_abs/zr_thread.h>
+#include <common/zrapi_os_abs/zr_tick.h>
+#include <common/zrapi_utility/zr_file_access.h>
+#include <common/zrapi_utility/zr_files_and_folders.h>
+#include <common/zrapi_utility/zr_to_string.h>
+#include <hardware/dimmable/attribute_stream.h>
+#include <hardware/dimmable/zr_dimmable.h>
+#include <hardware/feature_detection/zr_feature_detection.h>
+#include <hardware/input_output/zr_input_output.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+int failures = 0;
+
+void expect(bool holds, const char* what) {
+    if (holds)
+        return;
+    std::cout << "FAILED: " << what << '\n';
+    ++failures;
+}
+
+std::vector<std::string> reports;
+
+void keepReport(int level, const char* section, const char* message) {
+    reports.push_back(std::to_string(level) + ' ' + section + ": " + message);
+}
+
+void setTrue(void* flag) {
+    *static_cast<bool*>(flag) = true;
+}
+
+void useCommon() {
+    const unsigned int section = ZR::ZRDebug::insertNewDebugSection("consumer");
+    ZR::ZRDebug::setSink(keepReport);
+    ZR::ZRDebug::debugPrintError(ZR::ZRDebug::levelError, section, "%s%d", "report ", 1);
+    expect(reports == std::vector<std::string>{"1 consumer: report 1"}, "a report reaches the sink");
+
+    ZR::ZREEPROMMessageData data{};
+    (void)ZR::ZREeprom::readDataFromEeprom(ZR::EepromReadDisplayData, data);
+    expect(std::string(ZR::resultText(ZR::ResultSuccess)) == "success", "result codes have names");
+}
+
+void useOperatingSystem() {
+    const auto before = ZR::ZRTick::getTickCount();
+    bool ran = false;
+    ZR::ZRThread thread;
+    expect(thread.setThreadName("consumer") == 0, "a thread can be named");
+    expect(thread.startThread(setTrue, &ran) == 0, "a thread starts");
+    expect(thread.join() == 0 && ran, "a thread runs to its end");
+    expect(ZR::ZRTick::getTickCount() >= before, "the tick goes forward");
+}
+
+void useUtility() {
+    int number = 0;
+    std::string text;
+    expect(ZR::readStringFromFile("/proc/sys/kernel/ostype", &text) == 0 && text == "Linux",
+           "a text is read without its newline");
+    expect(ZR::readIntegerFromFile("/proc/self/no_such_file", &number) != 0, "a missing file fails");
+    expect(ZR::writeToFile("/dev/null", 1) == 0, "a number is written");
+    expect(ZR::ZRFilesAndFolders::isFile("/dev/null"), "a device node is a file");
+    expect(ZR::ZRFilesAndFolders::addSlash("/dev") == "/dev/", "a slash is added");
+    std::vector<std::string> folders;
+    expect(ZR::ZRFilesAndFolders::getAllFilesOrFoldersInFolder("/proc/self", folders, 0,
+                                                               ZR::FilterFolders) == 0,
+           "folders are listed");
+    expect(ZR::toString(-1) == "-1", "a number becomes a text");
+}
+
+void useInputsAndOutputs() {
+    reports.clear();
+    ZR::ZRInputOutput radar(ZR::RadarSensor, 1);
+    const std::vector<std::string> expected{"1 zr_io: Radar sensor not supported on K4",
+                                            "1 zr_io: Initializing I/O interface"};
+    expect(reports == expected, "the library reports through the application's sink");
+    bool state = false;
+    expect(radar.getState(&state) == ZR::ResultNotSupported, "a radar sensor has no state");
+    expect(ZR::calculateAnalogValue(8525) == 10000, "a reading is converted");
+}
+
+void useDimmableDevices() {
+    ZR::ZRDimmable* const dimmable = ZR::ZRDimmable::getInstance();
+    expect(dimmable->isColorSupported(ZR::RGBLED), "the RGB LED has a colour");
+    expect(dimmable->setIntensity(1, ZR::RGBLED) == ZR::ResultInvalidState,
+           "the RGB LED has no intensity");
+    ZR::AttributeStream stream;
+    expect(!stream.is_open(), "a stream starts closed");
+}
+
+void useFeatureDetection() {
+    (void)ZR::ZRFeatureDetection::hasEncoder();
+    (void)ZR::ZRFeatureDetection::hasTouchscreen();
+    (void)ZR::ZRFeatureDetection::hasKeyboard();
+    const bool first = ZR::ZRFeatureDetection::isRunningOnSingleCore();
+    expect(ZR::ZRFeatureDetection::isRunningOnSingleCore() == first, "the processor stays");
+}
+
+}  // namespace
+
+int main() {
+    useCommon();
+    useOperatingSystem();
+    useUtility();
+    useInputsAndOutputs();
+    useDimmableDevices();
+    useFeatureDetection();
+    if (failures != 0)
+        return EXIT_FAILURE;
+    std::cout << "consumer: all good\n";
+    return EXIT_SUCCESS;
+}
