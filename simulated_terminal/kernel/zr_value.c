@@ -59,7 +59,7 @@ static void tell(struct zr_value *value)
 /* One open "value" file. */
 struct value_file {
 	struct zr_value *value;
-	bool written;
+	bool empty_at_close;
 };
 
 static int value_open(struct inode *inode, struct file *file)
@@ -69,6 +69,13 @@ static int value_open(struct inode *inode, struct file *file)
 	if (!open)
 		return -ENOMEM;
 	open->value = inode->i_private;
+	/*
+	 * ": > value" opens with truncation and writes nothing: an empty text.
+	 * It waits for the close, or each "echo 1 > value" would show as empty
+	 * first. The flag is gone once the file is open.
+	 */
+	open->empty_at_close = (file->f_mode & FMODE_WRITE) &&
+			       (file->f_flags & O_TRUNC);
 	file->private_data = open;
 	return 0;
 }
@@ -122,31 +129,19 @@ static ssize_t value_write(struct file *file, const char __user *from,
 	if (ret < 0)
 		return ret;
 
-	open->written = true;
+	open->empty_at_close = false;
 	*pos += size;
 	if (ret)
 		tell(open->value);
 	return size;
 }
 
-/*
- * ": > value" opens with truncation and writes nothing: an empty text. It
- * waits for the close, or each "echo 1 > value" would show as empty first.
- */
 static int value_release(struct inode *inode, struct file *file)
 {
 	struct value_file *open = file->private_data;
-	struct zr_value *value = open->value;
-	bool changed = false;
 
-	if ((file->f_mode & FMODE_WRITE) && (file->f_flags & O_TRUNC) &&
-	    !open->written) {
-		mutex_lock(&value->lock);
-		changed = zr_value_replace(value, "", 0);
-		mutex_unlock(&value->lock);
-	}
-	if (changed)
-		tell(value);
+	if (open->empty_at_close && put(open->value, "", 0, false))
+		tell(open->value);
 	kfree(open);
 	return 0;
 }
