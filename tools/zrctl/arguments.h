@@ -1,0 +1,56 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace zrctl {
+
+/// The command line is wrong; the text says in one line what to do instead.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+using Words = std::vector<std::string>;
+
+/// What every subcommand understands.
+struct CommonOptions {
+    bool help = false;
+    bool version = false;
+    bool json = false;
+    bool verbose = false;
+};
+
+/// Takes the common options out of @p words, wherever they stand before a "--".
+CommonOptions takeCommonOptions(Words& words);
+
+/// The words of one subcommand, split into values of options and operands. Options are written
+/// "--name value" or "--name=value"; all words after "--" are operands.
+class Arguments {
+  public:
+    /// @param options  names of the options that the subcommand has, each with a value
+    /// @throws UsageError for an option that is not among them or has no value
+    Arguments(const Words& words, const Words& options);
+
+    const Words& operands() const { return operands_; }
+    std::optional<std::string> value(const std::string& option) const;
+
+  private:
+    std::map<std::string, std::string> values_;
+    Words operands_;
+};
+
+/// Reads a whole decimal number.
+///
+/// @param name  what the number is, for the error text
+/// @throws UsageError for anything but digits behind an optional minus, or out of the range
+long long parseNumber(const std::string& text, const std::string& name, long long lowest,
+                      long long highest);
+
+/// Text that a user gave, in quotes, on one line, in printable ASCII whatever it holds.
+std::string quote(const std::string& text);
+
+}  // namespace zrctl

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <ios>
+#include <memory>
+#include <streambuf>
+
+namespace zrctl {
+
+/// Keeps what the library says by itself (its reports, and its lines on standard output) out of
+/// the tool's own output while an object of this class lives: dropped, or, when asked for, written
+/// to standard error as lines that start with "library: ". One object at a time.
+class LibraryVoice {
+  public:
+    explicit LibraryVoice(bool audible);
+    LibraryVoice(const LibraryVoice&) = delete;
+    LibraryVoice& operator=(const LibraryVoice&) = delete;
+    ~LibraryVoice();
+
+  private:
+    std::unique_ptr<std::streambuf> replacement_;
+    std::streambuf* original_;
+};
+
+}  // namespace zrctl
