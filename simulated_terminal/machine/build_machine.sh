@@ -20,10 +20,10 @@ compile_programs() {
     mkdir -p "$work/programs"
     # Static, because it starts before the guest has any library.
     gcc "${warnings[@]}" -static -o "$work/programs/guest_agent" \
-        "$folder/guest_agent.c" "$folder/frames.c" ||
+        "$folder"/{guest_agent,guest_command,frames}.c ||
         fail "cannot compile the guest's agent (is libc6-dev installed?)"
     gcc "${warnings[@]}" -o "$work/programs/conduct_machine.new" \
-        "$folder/conduct_machine.c" "$folder/console_tail.c" "$folder/frames.c" ||
+        "$folder"/{conduct_machine,qemu_process,caller_tty,console_tail,frames}.c ||
         fail "cannot compile the machine's conductor (is libc6-dev installed?)"
     # Another machine may be running the old one.
     mv "$work/programs/conduct_machine.new" "$work/programs/conduct_machine"
@@ -71,6 +71,10 @@ build_initramfs() {
     need_program cpio cpio
     need_program modprobe kmod
     busybox=$(command -v busybox) || fail "busybox is missing: install the package busybox-static"
+    # It starts before the guest has any library.
+    if ldd "$busybox" >/dev/null 2>&1; then
+        fail "$busybox is not the static one: install the package busybox-static"
+    fi
     tree=$work/base
     rm -rf "$tree"
     mkdir -p "$tree/bin" "$tree/modules" "$tree/root"

@@ -14,68 +14,49 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <sys/signalfd.h>
-#include <sys/socket.h>
 #include <sys/timerfd.h>
-#include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
+#include "caller_tty.h"
 #include "console_tail.h"
 #include "frames.h"
+#include "qemu_process.h"
 
 enum {
     STATUS_TIME_LIMIT = 124,
     STATUS_MACHINE = 125,
     /* A pipe that polls as writable takes this much without blocking. */
-    OUTPUT_PIECE = 4096,
-    /* Ctrl-], three times in a row, leaves a machine that no longer answers. */
-    ESCAPE_KEY = 0x1d,
-    ESCAPE_COUNT = 3
+    OUTPUT_PIECE = 4096
 };
 
 struct machine {
-    pid_t process;
-    int line;
-    int console;
+    struct qemu_ends ends;
     int signals;
     int deadline;
     int input; /* standard input, -1 when ended or not wanted */
     int tty;
-    int show_console;
     int started;
     size_t credit;
-    int escapes;
-    const char *settings;
-    const char *limit_text;
+    const char* settings;
+    const char* limit_text;
 };
 
-static struct machine machine = {.input = STDIN_FILENO, .credit = INPUT_WINDOW};
+static struct machine machine = {
+    .input = STDIN_FILENO, .credit = INPUT_WINDOW, .settings = "", .limit_text = "0"};
 static struct frame_reader reader;
-static struct termios tty_before;
-static int tty_changed;
 
-static void end_machine(void)
-{
-    if (machine.process > 0) {
-        kill(machine.process, SIGKILL);
-        waitpid(machine.process, NULL, 0);
-        machine.process = 0;
-    }
-    if (tty_changed)
-        tcsetattr(STDIN_FILENO, TCSADRAIN, &tty_before);
-    tty_changed = 0;
+static void end_machine(void) {
+    end_qemu();
+    tty_restore();
 }
 
-static _Noreturn void leave(int status)
-{
+static _Noreturn void leave(int status) {
     end_machine();
     exit(status);
 }
 
-static _Noreturn void leave_by_signal(int number)
-{
+static _Noreturn void leave_by_signal(int number) {
     end_machine();
     sigset_t one;
     sigemptyset(&one);
@@ -86,67 +67,22 @@ static _Noreturn void leave_by_signal(int number)
     exit(STATUS_MACHINE);
 }
 
-static _Noreturn void leave_with_console(int status, const char *message)
-{
+static _Noreturn void leave_with_console(int status, const char* message) {
     end_machine();
-    console_collect(machine.console);
+    console_collect(machine.ends.console);
     fprintf(stderr, "terminal: %s\n", message);
     console_print_tail(stderr);
     exit(status);
 }
 
-static _Noreturn void fail(const char *operation)
-{
+static _Noreturn void fail(const char* operation) {
     int reason = errno;
     end_machine();
     fprintf(stderr, "terminal: %s: %s\n", operation, strerror(reason));
     exit(STATUS_MACHINE);
 }
 
-static void start_qemu(char **arguments)
-{
-    int line[2];
-    int console[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, line) != 0 ||
-        socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, console) != 0)
-        fail("socketpair");
-    pid_t parent = getpid();
-    machine.process = fork();
-    if (machine.process < 0)
-        fail("fork");
-    if (machine.process == 0) {
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, NULL);
-        signal(SIGPIPE, SIG_DFL);
-        /* Of its own session, the machine is not hit by keys meant for the command. */
-        setsid();
-        /* However the conductor ends, the machine ends with it. */
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent)
-            _exit(STATUS_MACHINE);
-        /* The pairs may stand on 3 and 4 themselves: move them out of the way first. */
-        int high_line = fcntl(line[1], F_DUPFD_CLOEXEC, 10);
-        int high_console = fcntl(console[1], F_DUPFD_CLOEXEC, 10);
-        int null = open("/dev/null", O_RDWR | O_CLOEXEC);
-        if (dup2(null, STDIN_FILENO) < 0 || dup2(high_console, STDOUT_FILENO) < 0 ||
-            dup2(high_console, STDERR_FILENO) < 0 || dup2(high_line, 3) < 0 ||
-            dup2(high_console, 4) < 0)
-            _exit(STATUS_MACHINE);
-        execvp(arguments[0], arguments);
-        fprintf(stderr, "%s: %s\n", arguments[0], strerror(errno));
-        _exit(STATUS_MACHINE);
-    }
-    close(line[1]);
-    close(console[1]);
-    machine.line = line[0];
-    machine.console = console[0];
-    fcntl(machine.line, F_SETFL, O_NONBLOCK);
-    fcntl(machine.console, F_SETFL, O_NONBLOCK);
-}
-
-static void on_signal(void)
-{
+static void on_signal(void) {
     struct signalfd_siginfo event;
     if (read(machine.signals, &event, sizeof event) != sizeof event)
         return;
@@ -154,21 +90,19 @@ static void on_signal(void)
         leave_by_signal((int)event.ssi_signo);
     struct winsize window;
     if (machine.tty && machine.started && ioctl(STDIN_FILENO, TIOCGWINSZ, &window) == 0)
-        send_frame(machine.line, FRAME_WINDOW, &window, sizeof window);
+        send_frame(machine.ends.line, FRAME_WINDOW, &window, sizeof window);
 }
 
-static void on_deadline(void)
-{
+static void on_deadline(void) {
     char message[128];
-    snprintf(message, sizeof message,
-             "the time limit of %s s has passed; the machine's last console lines:",
-             machine.limit_text);
+    snprintf(
+        message, sizeof message,
+        "the time limit of %s s has passed; the machine's last console lines:", machine.limit_text);
     leave_with_console(STATUS_TIME_LIMIT, message);
 }
 
 /* Waits for `descriptor` while signals and the time limit keep their effect. */
-static void wait_writable(int descriptor)
-{
+static void wait_writable(int descriptor) {
     for (;;) {
         struct pollfd ready[] = {
             {machine.signals, POLLIN, 0}, {machine.deadline, POLLIN, 0}, {descriptor, POLLOUT, 0}};
@@ -183,8 +117,7 @@ static void wait_writable(int descriptor)
     }
 }
 
-static void deliver(int descriptor, const char *bytes, size_t length)
-{
+static void deliver(int descriptor, const char* bytes, size_t length) {
     while (length > 0) {
         wait_writable(descriptor);
         size_t piece = length < OUTPUT_PIECE ? length : OUTPUT_PIECE;
@@ -201,17 +134,15 @@ static void deliver(int descriptor, const char *bytes, size_t length)
 }
 
 /* The line is non-blocking for reads; what is sent is small and the guest always takes it. */
-static void send_to_guest(enum frame_type type, const void *payload, size_t length)
-{
-    fcntl(machine.line, F_SETFL, 0);
-    if (send_frame(machine.line, type, payload, length) != 0 && errno != EPIPE)
+static void send_to_guest(enum frame_type type, const void* payload, size_t length) {
+    fcntl(machine.ends.line, F_SETFL, 0);
+    if (send_frame(machine.ends.line, type, payload, length) != 0 && errno != EPIPE)
         fail("cannot reach the guest");
-    fcntl(machine.line, F_SETFL, O_NONBLOCK);
+    fcntl(machine.ends.line, F_SETFL, O_NONBLOCK);
 }
 
-static void send_settings(void)
-{
-    const char *next = machine.settings;
+static void send_settings(void) {
+    const char* next = machine.settings;
     size_t left = strlen(next);
     while (left > 0) {
         size_t piece = left < FRAME_PAYLOAD_MAX ? left : FRAME_PAYLOAD_MAX;
@@ -222,24 +153,20 @@ static void send_settings(void)
     send_to_guest(FRAME_SETTINGS, NULL, 0);
 }
 
-static void on_started(void)
-{
-    machine.started = 1;
-    /* Reading a tty from the background would stop the conductor. */
-    if (isatty(STDIN_FILENO) && tcgetpgrp(STDIN_FILENO) != getpgrp()) {
-        machine.input = -1;
-        send_to_guest(FRAME_INPUT_END, NULL, 0);
-    }
-    if (!machine.tty || tcgetattr(STDIN_FILENO, &tty_before) != 0)
-        return;
-    struct termios raw = tty_before;
-    cfmakeraw(&raw);
-    tty_changed = 1;
-    tcsetattr(STDIN_FILENO, TCSADRAIN, &raw);
+static void end_input(void) {
+    machine.input = -1;
+    send_to_guest(FRAME_INPUT_END, NULL, 0);
 }
 
-static void on_failure(void)
-{
+static void on_started(void) {
+    machine.started = 1;
+    if (tty_is_in_background())
+        end_input();
+    else if (machine.tty)
+        tty_make_raw();
+}
+
+static void on_failure(void) {
     char message[FRAME_PAYLOAD_MAX + 128];
     snprintf(message, sizeof message,
              "the machine could not be set up: %.*s; its last console lines:",
@@ -247,8 +174,7 @@ static void on_failure(void)
     leave_with_console(STATUS_MACHINE, message);
 }
 
-static void on_frame(void)
-{
+static void on_frame(void) {
     switch (reader.header.type) {
         case FRAME_HELLO:
             send_settings();
@@ -278,9 +204,8 @@ static void on_frame(void)
     }
 }
 
-static void on_line(void)
-{
-    switch (read_frame(&reader, machine.line)) {
+static void on_line(void) {
+    switch (read_frame(&reader, machine.ends.line)) {
         case READ_FRAME:
             on_frame();
             break;
@@ -293,50 +218,37 @@ static void on_line(void)
     }
 }
 
-static void watch_for_escape(const char *bytes, ssize_t length)
-{
-    for (ssize_t i = 0; i < length; ++i) {
-        machine.escapes = bytes[i] == ESCAPE_KEY ? machine.escapes + 1 : 0;
-        if (machine.escapes == ESCAPE_COUNT)
-            leave_with_console(STATUS_MACHINE, "left by Ctrl-]; the machine's last console lines:");
-    }
-}
-
-static void on_input(void)
-{
+static void on_input(void) {
     char bytes[FRAME_PAYLOAD_MAX];
     size_t wanted = machine.credit < sizeof bytes ? machine.credit : sizeof bytes;
     ssize_t got = read(machine.input, bytes, wanted);
     if (got < 0 && (errno == EINTR || errno == EAGAIN))
         return;
     if (got <= 0) {
-        machine.input = -1;
-        send_to_guest(FRAME_INPUT_END, NULL, 0);
+        end_input();
         return;
     }
-    if (machine.tty)
-        watch_for_escape(bytes, got);
+    if (machine.tty && tty_escape_typed(bytes, (size_t)got))
+        leave_with_console(STATUS_MACHINE, "left by Ctrl-]; the machine's last console lines:");
     machine.credit -= (size_t)got;
     send_to_guest(FRAME_INPUT, bytes, (size_t)got);
 }
 
 /* A guest that does not listen must not block the conductor: signals and the escape still count. */
-static int line_has_room(void)
-{
-    struct pollfd ready = {machine.line, POLLOUT, 0};
+static int line_has_room(void) {
+    struct pollfd ready = {machine.ends.line, POLLOUT, 0};
     return poll(&ready, 1, 0) == 1 && (ready.revents & POLLOUT) != 0;
 }
 
-static _Noreturn void conduct(void)
-{
+static _Noreturn void conduct(void) {
     for (;;) {
         int wants_input = machine.started && machine.credit > 0 && machine.input >= 0;
         int has_room = wants_input && line_has_room();
         struct pollfd ready[] = {
             {machine.signals, POLLIN, 0},
             {machine.deadline, POLLIN, 0},
-            {machine.line, (short)(wants_input && !has_room ? POLLIN | POLLOUT : POLLIN), 0},
-            {machine.console, POLLIN, 0},
+            {machine.ends.line, (short)(wants_input && !has_room ? POLLIN | POLLOUT : POLLIN), 0},
+            {machine.ends.console, POLLIN, 0},
             {has_room ? machine.input : -1, POLLIN, 0},
         };
         if (poll(ready, sizeof ready / sizeof ready[0], -1) < 0)
@@ -345,8 +257,8 @@ static _Noreturn void conduct(void)
             on_signal();
         if (ready[1].revents != 0)
             on_deadline();
-        if (ready[3].revents != 0 && console_collect(machine.console) == 0)
-            machine.console = -1;
+        if (ready[3].revents != 0 && console_collect(machine.ends.console) == 0)
+            machine.ends.console = -1;
         if ((ready[2].revents & ~POLLOUT) != 0)
             on_line();
         if (ready[4].revents != 0)
@@ -354,8 +266,7 @@ static _Noreturn void conduct(void)
     }
 }
 
-static void catch_signals(void)
-{
+static void catch_signals(void) {
     sigset_t caught;
     sigemptyset(&caught);
     sigaddset(&caught, SIGINT);
@@ -370,8 +281,7 @@ static void catch_signals(void)
         fail("signalfd");
 }
 
-static void set_deadline(long seconds)
-{
+static void set_deadline(long seconds) {
     machine.deadline = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);
     struct itimerspec when = {.it_value.tv_sec = seconds};
     if (machine.deadline < 0 || timerfd_settime(machine.deadline, 0, &when, NULL) != 0)
@@ -379,8 +289,7 @@ static void set_deadline(long seconds)
 }
 
 /* A caller may have closed them; nothing else may then take their numbers. */
-static void keep_standard_descriptors(void)
-{
+static void keep_standard_descriptors(void) {
     int descriptor;
     do {
         descriptor = open("/dev/null", O_RDWR);
@@ -388,12 +297,9 @@ static void keep_standard_descriptors(void)
     close(descriptor);
 }
 
-int main(int count, char **arguments)
-{
+/* Returns where QEMU's command line starts, or 0. */
+static int parse_options(int count, char** arguments, long* limit) {
     int next = 1;
-    long limit = 0;
-    machine.limit_text = "0";
-    machine.settings = "";
     for (; next < count && strcmp(arguments[next], "--") != 0; ++next) {
         if (strcmp(arguments[next], "--tty") == 0)
             machine.tty = 1;
@@ -402,13 +308,22 @@ int main(int count, char **arguments)
         else if (strcmp(arguments[next], "--settings") == 0 && next + 1 < count)
             machine.settings = arguments[++next];
         else if (strcmp(arguments[next], "--time-limit") == 0 && next + 1 < count)
-            limit = strtol(machine.limit_text = arguments[++next], NULL, 10);
+            *limit = strtol(machine.limit_text = arguments[++next], NULL, 10);
     }
-    if (next + 1 >= count)
+    return next + 1 < count ? next + 1 : 0;
+}
+
+int main(int count, char** arguments) {
+    long limit = 0;
+    int qemu = parse_options(count, arguments, &limit);
+    if (qemu == 0)
         return STATUS_MACHINE;
     keep_standard_descriptors();
     catch_signals();
     set_deadline(limit);
-    start_qemu(arguments + next + 1);
+    if (start_qemu(arguments + qemu, &machine.ends) != 0)
+        fail("cannot start QEMU");
+    fcntl(machine.ends.line, F_SETFL, O_NONBLOCK);
+    fcntl(machine.ends.console, F_SETFL, O_NONBLOCK);
     conduct();
 }

@@ -12,10 +12,11 @@ static char kept[KEPT];
 static size_t kept_length;
 static int shown_on = -1;
 
-void console_show(int descriptor) { shown_on = descriptor; }
+void console_show(int descriptor) {
+    shown_on = descriptor;
+}
 
-static void keep(const char *bytes, size_t length)
-{
+static void keep(const char* bytes, size_t length) {
     if (length > KEPT) {
         bytes += length - KEPT;
         length = KEPT;
@@ -29,8 +30,7 @@ static void keep(const char *bytes, size_t length)
     kept_length += length;
 }
 
-int console_collect(int descriptor)
-{
+int console_collect(int descriptor) {
     char bytes[4096];
     for (;;) {
         ssize_t got = read(descriptor, bytes, sizeof bytes);
@@ -44,8 +44,7 @@ int console_collect(int descriptor)
     }
 }
 
-static size_t start_of_last_lines(void)
-{
+static size_t start_of_last_lines(void) {
     int lines = 0;
     size_t position = kept_length;
     while (position > 0) {
@@ -56,8 +55,7 @@ static size_t start_of_last_lines(void)
     return 0;
 }
 
-void console_print_tail(FILE *stream)
-{
+void console_print_tail(FILE* stream) {
     if (kept_length == 0) {
         fputs("  (the console is empty)\n", stream);
         return;

@@ -11,6 +11,6 @@ void console_show(int descriptor);
 int console_collect(int descriptor);
 
 /* Prints the last lines, without what a terminal could take for a command. */
-void console_print_tail(FILE *stream);
+void console_print_tail(FILE* stream);
 
 #endif

@@ -4,9 +4,8 @@
 #include <string.h>
 #include <unistd.h>
 
-int write_fully(int descriptor, const void *bytes, size_t length)
-{
-    const char *next = bytes;
+int write_fully(int descriptor, const void* bytes, size_t length) {
+    const char* next = bytes;
     while (length > 0) {
         ssize_t written = write(descriptor, next, length);
         if (written < 0 && errno == EINTR)
@@ -19,8 +18,7 @@ int write_fully(int descriptor, const void *bytes, size_t length)
     return 0;
 }
 
-int send_frame(int descriptor, enum frame_type type, const void *payload, size_t length)
-{
+int send_frame(int descriptor, enum frame_type type, const void* payload, size_t length) {
     /* One write a frame: on an emulated line each write costs more than the copy. */
     char frame[sizeof(struct frame_header) + FRAME_PAYLOAD_MAX];
     struct frame_header header = {type, (uint32_t)length};
@@ -34,8 +32,7 @@ int send_frame(int descriptor, enum frame_type type, const void *payload, size_t
     return write_fully(descriptor, frame, sizeof header + length);
 }
 
-enum read_result read_frame(struct frame_reader *reader, int descriptor)
-{
+enum read_result read_frame(struct frame_reader* reader, int descriptor) {
     int in_header = reader->header_filled < sizeof reader->header;
     if (!in_header && reader->payload_filled == reader->header.length) {
         reader->header_filled = 0;
@@ -43,7 +40,7 @@ enum read_result read_frame(struct frame_reader *reader, int descriptor)
         in_header = 1;
     }
 
-    char *target = in_header ? (char *)&reader->header + reader->header_filled
+    char* target = in_header ? (char*)&reader->header + reader->header_filled
                              : reader->payload + reader->payload_filled;
     size_t wanted = in_header ? sizeof reader->header - reader->header_filled
                               : reader->header.length - reader->payload_filled;

@@ -37,10 +37,10 @@ enum {
 };
 
 /* Writes all bytes; returns 0, or -1 with errno set. */
-int write_fully(int descriptor, const void *bytes, size_t length);
+int write_fully(int descriptor, const void* bytes, size_t length);
 
 /* Sends one frame of at most FRAME_PAYLOAD_MAX bytes; returns 0, or -1 with errno set. */
-int send_frame(int descriptor, enum frame_type type, const void *payload, size_t length);
+int send_frame(int descriptor, enum frame_type type, const void* payload, size_t length);
 
 /* Collects the bytes of one frame from a line that delivers them in pieces. */
 struct frame_reader {
@@ -53,6 +53,6 @@ struct frame_reader {
 enum read_result { READ_FRAME, READ_MORE, READ_END, READ_BROKEN };
 
 /* Makes one read; READ_FRAME when the reader holds a whole frame, which the next call drops. */
-enum read_result read_frame(struct frame_reader *reader, int descriptor);
+enum read_result read_frame(struct frame_reader* reader, int descriptor);
 
 #endif

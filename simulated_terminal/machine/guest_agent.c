@@ -2,7 +2,8 @@
  *
  *   guest_agent settings
  *   guest_agent fail TEXT
- *   guest_agent run [--tty ROWSxCOLUMNS] [--variable NAME=VALUE]... --directory FOLDER -- COMMAND [ARG]...
+ *   guest_agent run [--tty ROWSxCOLUMNS] [--variable NAME=VALUE]... --directory FOLDER -- COMMAND
+ * [ARG]...
  *
  * Descriptor 3 is the line to the host. Init opens it once and every process inherits it, because
  * the line forgets what is in it whenever it is closed.
@@ -22,21 +23,9 @@
 #include <unistd.h>
 
 #include "frames.h"
+#include "guest_command.h"
 
-enum { LINE = 3, STATUS_NOT_FOUND = 127, STATUS_NOT_EXECUTABLE = 126, STATUS_SIGNAL = 128 };
-
-struct command {
-    int tty;
-    struct winsize window;
-    const char *directory;
-    char **arguments;
-    pid_t process;
-    int input;  /* the pipe's or the terminal's end towards the command, -1 when closed */
-    int output; /* with a terminal the same as input */
-    int error;  /* -1 with a terminal */
-    int exited;
-    uint8_t status;
-};
+enum { STATUS_SIGNAL = 128 };
 
 /* Input that the command has not taken yet. The host never sends more than the window. */
 struct pending_input {
@@ -48,17 +37,8 @@ struct pending_input {
 static struct frame_reader reader;
 static struct pending_input pending;
 
-static void fail(const char *text)
-{
-    char message[512];
-    int length = snprintf(message, sizeof message, "%s: %s", text, strerror(errno));
-    send_frame(LINE, FRAME_FAILURE, message, (size_t)length);
-    pause();
-}
-
 /* The line reads as ended until the host's side has been connected. */
-static enum read_result wait_for_frame(void)
-{
+static enum read_result wait_for_frame(void) {
     for (;;) {
         enum read_result result = read_frame(&reader, LINE);
         if (result == READ_END)
@@ -68,8 +48,7 @@ static enum read_result wait_for_frame(void)
     }
 }
 
-static int print_settings(void)
-{
+static int print_settings(void) {
     if (send_frame(LINE, FRAME_HELLO, NULL, 0) != 0)
         return 1;
     while (wait_for_frame() == READ_FRAME && reader.header.type == FRAME_SETTINGS) {
@@ -81,77 +60,8 @@ static int print_settings(void)
     return 1;
 }
 
-static void exec_command(const struct command *command)
-{
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, NULL);
-    signal(SIGPIPE, SIG_DFL);
-    if (chdir(command->directory) != 0)
-        fail(command->directory);
-    close(LINE);
-    execvp(command->arguments[0], command->arguments);
-    int reason = errno;
-    fprintf(stderr, "terminal: cannot run %s: %s\n", command->arguments[0], strerror(reason));
-    _exit(reason == ENOENT || reason == ENOTDIR ? STATUS_NOT_FOUND : STATUS_NOT_EXECUTABLE);
-}
-
-static void start_on_pipes(struct command *command)
-{
-    int input[2];
-    int output[2];
-    int error[2];
-    if (pipe2(input, O_CLOEXEC) != 0 || pipe2(output, O_CLOEXEC) != 0 ||
-        pipe2(error, O_CLOEXEC) != 0)
-        fail("pipe");
-    command->process = fork();
-    if (command->process < 0)
-        fail("fork");
-    if (command->process == 0) {
-        setsid();
-        dup2(input[0], STDIN_FILENO);
-        dup2(output[1], STDOUT_FILENO);
-        dup2(error[1], STDERR_FILENO);
-        exec_command(command);
-    }
-    close(input[0]);
-    close(output[1]);
-    close(error[1]);
-    command->input = input[1];
-    command->output = output[0];
-    command->error = error[0];
-    fcntl(command->input, F_SETFL, O_NONBLOCK);
-}
-
-static void start_on_terminal(struct command *command)
-{
-    int master = open("/dev/ptmx", O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
-    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0)
-        fail("/dev/ptmx");
-    command->process = fork();
-    if (command->process < 0)
-        fail("fork");
-    if (command->process == 0) {
-        setsid();
-        int slave = open(ptsname(master), O_RDWR);
-        if (slave < 0 || ioctl(slave, TIOCSWINSZ, &command->window) != 0 ||
-            ioctl(slave, TIOCSCTTY, 0) != 0)
-            fail("terminal");
-        dup2(slave, STDIN_FILENO);
-        dup2(slave, STDOUT_FILENO);
-        dup2(slave, STDERR_FILENO);
-        if (slave > STDERR_FILENO)
-            close(slave);
-        exec_command(command);
-    }
-    command->input = master;
-    command->output = master;
-    command->error = -1;
-}
-
 /* Process 1 inherits every orphan; only the command's own end matters. */
-static void reap(struct command *command)
-{
+static void reap(struct command* command) {
     int status;
     pid_t process;
     while ((process = waitpid(-1, &status, WNOHANG)) > 0) {
@@ -164,8 +74,7 @@ static void reap(struct command *command)
 }
 
 /* Returns 0 when nothing is left to be read now. */
-static int forward(int *descriptor, enum frame_type type)
-{
+static int forward(int* descriptor, enum frame_type type) {
     char bytes[FRAME_PAYLOAD_MAX];
     ssize_t got = read(*descriptor, bytes, sizeof bytes);
     if (got > 0) {
@@ -179,31 +88,28 @@ static int forward(int *descriptor, enum frame_type type)
     return 0;
 }
 
-static int has_data(int descriptor)
-{
+static int has_data(int descriptor) {
     struct pollfd ready = {descriptor, POLLIN, 0};
     return descriptor >= 0 && poll(&ready, 1, 0) == 1 && (ready.revents & POLLIN) != 0;
 }
 
-/* What the command wrote before it ended is in the pipes; what its heirs write later is not awaited. */
-static void drain(struct command *command)
-{
+/* What the command wrote before it ended is in the pipes; what its heirs write later is not
+ * awaited. */
+static void drain(struct command* command) {
     while (has_data(command->output) && forward(&command->output, FRAME_OUTPUT))
         continue;
     while (has_data(command->error) && forward(&command->error, FRAME_ERROR))
         continue;
 }
 
-static void close_input(struct command *command)
-{
+static void close_input(struct command* command) {
     if (command->input >= 0 && !command->tty)
         close(command->input);
     command->input = -1;
     pending.length = 0;
 }
 
-static void give_input(struct command *command)
-{
+static void give_input(struct command* command) {
     ssize_t written = write(command->input, pending.bytes, pending.length);
     if (written < 0) {
         /* No credit is given back: the host need not read what nobody wants. */
@@ -219,8 +125,7 @@ static void give_input(struct command *command)
         close_input(command);
 }
 
-static void take_frame(struct command *command)
-{
+static void take_frame(struct command* command) {
     if (read_frame(&reader, LINE) != READ_FRAME)
         return;
     switch (reader.header.type) {
@@ -244,8 +149,7 @@ static void take_frame(struct command *command)
     }
 }
 
-static void serve(struct command *command, int child_events)
-{
+static void serve(struct command* command, int child_events) {
     while (!command->exited) {
         struct pollfd ready[] = {
             {child_events, POLLIN, 0},
@@ -273,8 +177,7 @@ static void serve(struct command *command, int child_events)
     drain(command);
 }
 
-static _Noreturn void run(struct command *command)
-{
+static _Noreturn void run(struct command* command) {
     sigset_t children;
     sigemptyset(&children);
     sigaddset(&children, SIGCHLD);
@@ -283,10 +186,7 @@ static _Noreturn void run(struct command *command)
     int child_events = signalfd(-1, &children, SFD_CLOEXEC | SFD_NONBLOCK);
     if (child_events < 0)
         fail("signalfd");
-    if (command->tty)
-        start_on_terminal(command);
-    else
-        start_on_pipes(command);
+    start_command(command);
     send_frame(LINE, FRAME_STARTED, NULL, 0);
     serve(command, child_events);
     /* Writable folders of the host must hold everything before the machine is switched off. */
@@ -297,8 +197,7 @@ static _Noreturn void run(struct command *command)
         pause();
 }
 
-static _Noreturn void run_from_arguments(char **arguments)
-{
+static _Noreturn void run_from_arguments(char** arguments) {
     struct command command = {0};
     command.directory = "/";
     clearenv();
@@ -319,8 +218,7 @@ static _Noreturn void run_from_arguments(char **arguments)
     run(&command);
 }
 
-int main(int count, char **arguments)
-{
+int main(int count, char** arguments) {
     if (count == 2 && strcmp(arguments[1], "settings") == 0)
         return print_settings();
     if (count == 3 && strcmp(arguments[1], "fail") == 0)

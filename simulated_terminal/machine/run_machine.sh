@@ -15,7 +15,7 @@ compose_qemu_arguments() {
     [[ $show_console == yes ]] || append+=" quiet"
     arguments=(
         qemu-system-x86_64 -name "simulated terminal" -nodefaults -no-user-config
-        -display none -no-reboot -machine "pc,accel=$1" -cpu "$cpu"
+        -display none -no-reboot -machine "pc,accel=$1,i8042=off" -cpu "$cpu"
         -m "$memory" -smp "$processors"
         -kernel "$kernel/vmlinux" -initrd "$2" -append "$append"
         # Descriptors that the conductor opens.
