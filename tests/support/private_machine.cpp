@@ -1,0 +1,207 @@
+#include "tests/support/private_machine.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace ZR::test {
+namespace {
+
+// The machine's own /proc and /usr stay reachable here for the links that lead to them.
+constexpr char machineFolder[] = "/dev/.machine";
+constexpr char machineProc[] = "/dev/.machine/proc";
+constexpr char machineUsr[] = "/dev/.machine/usr";
+// Tells a program that was started inside the namespace that it is there.
+constexpr char markerFile[] = "/dev/.machine/private";
+
+constexpr std::array keptDevices{"null", "zero", "full", "tty", "random", "urandom"};
+
+bool machineIsPrivate = false;
+
+void check(bool succeeded, const std::string& what) {
+    if (!succeeded)
+        throw std::runtime_error(what + ": " + std::strerror(errno));
+}
+
+void writeText(const char* path, const std::string& text) {
+    const int file = ::open(path, O_WRONLY | O_CLOEXEC);
+    check(file >= 0, path);
+    const ssize_t written = ::write(file, text.data(), text.size());
+    const int error = errno;
+    ::close(file);
+    errno = error;
+    check(written == static_cast<ssize_t>(text.size()), path);
+}
+
+void makeEmptyFile(const std::string& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    check(file >= 0, path);
+    ::close(file);
+}
+
+void layFolderInMemory(const char* path) {
+    check(::mount("tmpfs", path, "tmpfs", 0, "mode=755") == 0, std::string("mount on ") + path);
+}
+
+void bind(const std::string& source, const std::string& target) {
+    check(::mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0,
+          "bind of " + source);
+}
+
+/// In a changed root that is no mount point nothing says whether a mount would reach the rest of
+/// the machine. A private copy of that root, hung below the /proc that is a mount point, does not.
+void moveToPrivateCopyOfRoot() {
+    constexpr char copy[] = "/proc/root_copy";
+    check(::mount(nullptr, "/proc", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private /proc");
+    layFolderInMemory("/proc");
+    check(::mkdir(copy, 0755) == 0, copy);
+    bind("/", copy);
+    check(::mount(nullptr, copy, nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private root");
+    check(::chroot(copy) == 0 && ::chdir("/") == 0, "chroot");
+    check(::umount2("/proc", MNT_DETACH) == 0, "second /proc");
+}
+
+/// Nothing mounted from here on may show outside.
+void stopPropagation() {
+    if (::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0)
+        return;
+    check(errno == EINVAL, "private mounts");
+    moveToPrivateCopyOfRoot();
+}
+
+void mapToRoot(uid_t user, gid_t group) {
+    writeText("/proc/self/setgroups", "deny");
+    writeText("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
+    writeText("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
+}
+
+/// False when another thread keeps the process from entering a user namespace.
+bool enterNamespaces() {
+    const uid_t user = ::getuid();
+    const gid_t group = ::getgid();
+    if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0) {
+        mapToRoot(user, group);
+        return true;
+    }
+    if (errno == EINVAL)
+        return false;
+    check(::unshare(CLONE_NEWNS) == 0, "user and mount namespaces are refused");
+    return true;
+}
+
+/// Links every entry of @p source into @p target.
+void linkEntries(const std::string& source, const std::string& target) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(source.c_str()), &::closedir);
+    check(folder != nullptr, source);
+    while (const dirent* const entry = ::readdir(folder.get())) {
+        const std::string name = entry->d_name;
+        // The numbered folders come and go with their processes; device-tree is the tests' own.
+        const bool process = name.find_first_not_of("0123456789") == std::string::npos;
+        if (name == "." || name == ".." || name == "device-tree" || process)
+            continue;
+        check(::symlink((source + '/' + name).c_str(), (target + '/' + name).c_str()) == 0, name);
+    }
+}
+
+/// Sanitizers look for their process by its number.
+void linkOwnProcess() {
+    const std::string number = std::to_string(::getpid());
+    (void)::symlink((std::string(machineProc) + '/' + number).c_str(), ("/proc/" + number).c_str());
+}
+
+void layDevices() {
+    std::array<int, keptDevices.size()> devices{};
+    for (std::size_t i = 0; i < devices.size(); ++i)
+        devices[i] = ::open((std::string("/dev/") + keptDevices[i]).c_str(), O_PATH | O_CLOEXEC);
+    layFolderInMemory("/dev");
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        if (devices[i] < 0)  // a bare root need not have all of them
+            continue;
+        const std::string path = std::string("/dev/") + keptDevices[i];
+        makeEmptyFile(path);
+        bind("/proc/self/fd/" + std::to_string(devices[i]), path);
+        ::close(devices[i]);
+    }
+    check(::mkdir("/dev/input", 0755) == 0, "/dev/input");
+    check(::mkdir("/dev/shm", 0755) == 0 && ::chmod("/dev/shm", 01777) == 0, "/dev/shm");
+    check(::symlink("/proc/self/fd", "/dev/fd") == 0, "/dev/fd");
+}
+
+void layFolders() {
+    stopPropagation();
+    layDevices();
+    for (const char* const folder : {machineFolder, machineProc, machineUsr})
+        check(::mkdir(folder, 0755) == 0, folder);
+    bind("/proc", machineProc);
+    bind("/usr", machineUsr);
+    layFolderInMemory("/sys");
+    layFolderInMemory("/proc");
+    linkEntries(machineProc, "/proc");
+    layFolderInMemory("/usr/bin");
+    linkEntries(std::string(machineUsr) + "/bin", "/usr/bin");
+    makeEmptyFile(markerFile);
+}
+
+[[noreturn]] void runAgainInside(char* const* arguments) {
+    (void)::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    try {
+        check(enterNamespaces(), "user namespace");
+        layFolders();
+    } catch (const std::runtime_error& error) {
+        // The program that is run next reports what is missing.
+        (void)::setenv("ZRAPI_TEST_NOT_PRIVATE", error.what(), 1);
+    }
+    ::execv("/proc/self/exe", arguments);
+    ::_exit(127);
+}
+
+[[noreturn]] void runAgain(char* const* arguments) {
+    // Not fork(): a sanitizer would start its thread again in the child.
+    const auto child = static_cast<pid_t>(::syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0));
+    if (child == 0)
+        runAgainInside(arguments);
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    ::_exit(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
+}
+
+}  // namespace
+
+std::string enterPrivateMachine(char* const* arguments) {
+    if (const char* const reason = std::getenv("ZRAPI_TEST_NOT_PRIVATE"))
+        return reason;
+    try {
+        if (::access(markerFile, F_OK) != 0) {
+            if (!enterNamespaces())
+                runAgain(arguments);
+            layFolders();
+        }
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    linkOwnProcess();
+    machineIsPrivate = true;
+    return {};
+}
+
+bool isMachinePrivate() {
+    return machineIsPrivate;
+}
+
+}  // namespace ZR::test
