@@ -91,6 +91,7 @@ int runGet(const Words& words, const CommonOptions& common) {
     if (arguments.operands().empty())
         throw UsageError("dimmable get needs a device: display, key, encoder, rgb or beeper");
     std::vector<const DeviceName*> devices;
+    devices.reserve(arguments.operands().size());
     for (const std::string& word : arguments.operands())
         devices.push_back(&parseDevice(word));
     std::vector<Report> reports;
