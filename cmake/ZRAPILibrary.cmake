@@ -16,8 +16,10 @@ function(zrapi_shared_library target export_name)
   target_include_directories(
     ${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>"
                      "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/zrapi>")
-  # Each library resolves all it needs by what it is linked with.
-  target_link_options(${target} PRIVATE "$<$<NOT:$<BOOL:${ZRAPI_SANITIZE}>>:LINKER:--no-undefined>")
+  # Each library resolves all it needs by what it is linked with; a sanitizer's calls by the program.
+  if(NOT ZRAPI_SANITIZE)
+    target_link_options(${target} PRIVATE LINKER:--no-undefined)
+  endif()
   # Sanitizers and coverage need names of their own outside.
   if(NOT ZRAPI_SANITIZE AND NOT ZRAPI_COVERAGE)
     set(exports ${PROJECT_SOURCE_DIR}/cmake/zrapi_exports.map)
@@ -36,6 +38,9 @@ function(zrapi_hardware_subsystem name)
   set_target_properties(
     ${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden
                          C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  # Calls within a source go straight to their function, not through the linkage table: around a
+  # system call those hops were a third of the library's own time.
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   target_link_libraries(${target} PUBLIC ZRAPI::Common ZRAPI::OS_ABS ZRAPI::Utility)
   target_sources(zrapi_hardware PRIVATE "$<TARGET_OBJECTS:${target}>")
 endfunction()
