@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <locale>
 #include <system_error>
@@ -60,18 +61,11 @@ bool AttributeBuffer::close() {
 }
 
 AttributeBuffer::int_type AttributeBuffer::underflow() {
-    ssize_t received = -1;
-    do {
-        received = ::read(descriptor_, input_.data(), input_.size());
-    } while (received < 0 && errno == EINTR);
     // An end of file would pass off half a line as a whole one.
-    if (received < 0)
+    if (!fill())
         throw std::ios_base::failure("reading an attribute",
                                      std::error_code(errno, std::system_category()));
-    if (received == 0)
-        return traits_type::eof();
-    setg(input_.data(), input_.data(), input_.data() + received);
-    return traits_type::to_int_type(*gptr());
+    return gptr() == egptr() ? traits_type::eof() : traits_type::to_int_type(*gptr());
 }
 
 AttributeBuffer::int_type AttributeBuffer::overflow(int_type character) {
@@ -110,6 +104,38 @@ bool AttributeBuffer::sendPending() {
     return sent;
 }
 
+bool AttributeBuffer::rewind() {
+    if (!sendPending())
+        return false;
+    dropInput();
+    return ::lseek(descriptor_, 0, SEEK_SET) == 0;
+}
+
+bool AttributeBuffer::send(std::string_view text) {
+    return writeAll(descriptor_, text.data(), text.size());
+}
+
+bool AttributeBuffer::fill() {
+    ssize_t received = -1;
+    do {
+        received = ::read(descriptor_, input_.data(), input_.size());
+    } while (received < 0 && errno == EINTR);
+    if (received < 0)
+        return false;
+    setg(input_.data(), input_.data(), input_.data() + received);
+    return true;
+}
+
+const char* AttributeBuffer::takeLine() {
+    char* const line = gptr();
+    char* const end = std::find(line, egptr(), '\n');
+    if (end == egptr())
+        return nullptr;
+    *end = '\0';
+    setg(eback(), end + 1, egptr());
+    return line;
+}
+
 AttributeStream::AttributeStream() : std::iostream(nullptr) {
     rdbuf(&buffer_);
     imbue(std::locale::classic());
@@ -127,6 +153,30 @@ void AttributeStream::open(const std::string& path) {
 void AttributeStream::close() {
     if (!buffer_.close())
         setstate(std::ios_base::failbit);
+}
+
+void AttributeStream::writeValue(std::string_view text) {
+    if (!good() || !buffer_.rewind())
+        setstate(std::ios_base::failbit);
+    else if (!buffer_.send(text))
+        setstate(std::ios_base::badbit);
+}
+
+const char* AttributeStream::readValue() {
+    if (!good() || !buffer_.rewind()) {
+        setstate(std::ios_base::failbit);
+        return "";
+    }
+    if (!buffer_.fill()) {
+        setstate(std::ios_base::badbit);
+        return "";
+    }
+    if (const char* const line = buffer_.takeLine())
+        return line;
+    // No attribute that is sound: a long text, one in pieces, one without a line end.
+    longLine_.clear();
+    std::getline(*this, longLine_);
+    return longLine_.c_str();
 }
 
 }  // namespace ZR

@@ -5,6 +5,7 @@
 #include <istream>
 #include <streambuf>
 #include <string>
+#include <string_view>
 
 #include "common/zrapi_export.h"
 
@@ -30,6 +31,22 @@ class ZRAPI_EXPORT AttributeBuffer : public std::streambuf {
     /// Sends what is pending and closes.
     /// @return false when nothing is open, or when sending or closing failed; closed in any case
     bool close();
+
+    /// Goes back to the start, where alone an attribute gives and takes its value.
+    /// @return false when the kernel refuses
+    bool rewind();
+
+    /// Sends @p text past what is pending, in one write.
+    /// @return false when the kernel refuses some of it
+    bool send(std::string_view text);
+
+    /// Reads a piece of the text, in place of what was read before; an empty piece is its end.
+    /// @return false when the kernel refuses
+    bool fill();
+
+    /// Takes a line out of the piece that was read, ended by a NUL in place of the newline; valid
+    /// until the next operation. Null when the piece holds no whole line: it then stays as it is.
+    const char* takeLine();
 
   protected:
     int_type underflow() override;
@@ -67,8 +84,17 @@ class ZRAPI_EXPORT AttributeStream : public std::iostream {
     /// Closes; sets the fail state when nothing was open or what was pending could not be sent.
     void close();
 
+    /// Replaces the value: seekp(0), write() and flush() in one step, with the error states of
+    /// these. A step of its own because the three together cost an eighth of the system calls.
+    void writeValue(std::string_view text);
+
+    /// Reads the value: seekg(0) and std::getline() in one step, with the error states of these.
+    /// @return the first line, valid until the next operation; empty on failure
+    const char* readValue();
+
   private:
     AttributeBuffer buffer_;
+    std::string longLine_;
 };
 
 }  // namespace ZR

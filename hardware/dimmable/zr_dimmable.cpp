@@ -1,7 +1,9 @@
 #include "hardware/dimmable/zr_dimmable.h"
 
+#include <array>
+#include <charconv>
 #include <exception>
-#include <iostream>
+#include <limits>
 #include <string>
 
 #include "common/zrapi_common/zr_debug.h"
@@ -30,16 +32,14 @@ bool makeUsable(AttributeStream& stream) {
 }
 
 void writeLine(AttributeStream& stream, unsigned int value) {
-    stream.seekp(0);
-    stream << value << '\n';
-    stream.flush();
+    std::array<char, std::numeric_limits<unsigned int>::digits10 + 2> text{};
+    char* end = std::to_chars(text.begin(), text.end() - 1, value).ptr;
+    *end++ = '\n';
+    stream.writeValue({text.data(), static_cast<std::size_t>(end - text.data())});
 }
 
 int readLine(AttributeStream& stream) {
-    std::string line;
-    stream.seekg(0);
-    std::getline(stream, line);
-    return parseRaw(line.c_str());
+    return parseRaw(stream.readValue());
 }
 
 }  // namespace
