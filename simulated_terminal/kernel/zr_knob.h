@@ -27,6 +27,7 @@ void zr_log_create_knob(struct dentry *folder);
 
 /* --- Errno names ------------------------------------------------------ */
 
+/* The last one that user space knows; what follows is the kernel's own. */
 #define ZR_ERRNO_MAX 133
 
 /* NULL for one without a name here. @error is positive. */
@@ -37,9 +38,9 @@ int zr_errno_parse(const char *text);
 /* --- Injected failures ------------------------------------------------ */
 
 struct zr_fault {
-	spinlock_t lock;
-	int error;	/* positive; 0: off */
-	int count;	/* how many are left; -1: for ever */
+	spinlock_t lock;	/* error and count */
+	int error;		/* positive; 0: off */
+	int count;		/* how many are left; -1: for ever */
 };
 
 void zr_fault_init(struct zr_fault *fault);

@@ -209,6 +209,7 @@ static struct led_trigger trigger = {
 	.activate = trigger_attach,
 	.deactivate = trigger_detach,
 };
+
 static bool trigger_registered;
 
 static int add_illumination(struct zr_led *led, const char *parameter,

@@ -55,6 +55,7 @@ static const struct regulator_desc rail_descriptions[] = {
 	REGULATOR("zr-5v-usb", &rail_ops),
 	REGULATOR("zr-12v-out", &rail_ops),
 };
+
 static struct regulator_dev *rails[ARRAY_SIZE(rail_descriptions)];
 
 static const struct regulator_desc ignition_description =

@@ -25,7 +25,7 @@ check_texts() {
 
 check_rewind() {
     local state=$PLATFORM/zr_do.0/state
-    local first second
+    local first='' second
     echo 0 >"$state"
     exec 7<>"$state"
     read -r first <&7
@@ -94,10 +94,10 @@ check_log() {
     echo 20 >"$PLATFORM/pwm-speaker.0/volume"
     echo 7 >"$LEDS/bl:enc/brightness"
     echo 1 >"$ANALOG/ai.0/toggle_load"
-    { printf 'a b\tc' >"$ANALOG/light/hysteresis"; } 2>/dev/null
+    { printf 'a b\tc\\' >"$ANALOG/light/hysteresis"; } 2>/dev/null
     logs "the log is in order, with refusals" '1 zr_do.0 state 1' \
         '2 zr_do.0 state 2 error EINVAL' '3 beeper volume 20' '4 encoder brightness 7' \
-        '5 ai.0 toggle_load 1' '6 light hysteresis a b\tc error EINVAL'
+        '5 ai.0 toggle_load 1' '6 light hysteresis a b\tc\\ error EINVAL'
     echo >"$KNOBS/log"
     echo 0 >"$PLATFORM/zr_do.0/state"
     logs "a write to the log restarts its numbers" '1 zr_do.0 state 0'
@@ -142,6 +142,8 @@ check_presence() {
         fi
         exec 7<&-
     done
+    reads "key LED comes back lit by its trigger" "$LEDS/bl:key/brightness" 255
+    reads "encoder LED comes back off" "$LEDS/bl:enc/brightness" 0
     turn zr_do.0/present 0
     turn zr_do.0/state/value 1
     turn zr_do.0/present 1

@@ -27,7 +27,6 @@ check_colour_board() {
 
 check_legacy_board() {
     local class=/sys/class/backlight/pwm-backlight.0
-    modprobe -q ledtrig-timer || true
     reload backlight=legacy supply=both variant=ull key_trigger=timer absent=light,zr_di.3
     accepts "legacy backlight takes 13" 13 "$class/brightness" 13
     is_missing "legacy backlight has no platform parent" /sys/devices/platform/pwm-backlight.0
