@@ -1,0 +1,123 @@
+#include "benchmarks/comparison.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "benchmarks/cost_count.h"
+#include "benchmarks/standard_output.h"
+
+namespace ZR::benchmarks {
+namespace {
+
+// Long enough that reading the clock disappears in it, short enough that a busy neighbour hits few.
+constexpr double batchSeconds = 50e-6;
+
+std::vector<Row> table;
+
+double median(std::vector<double>& values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+long batchSize(const Comparison& comparison) {
+    long operations = 1;
+    while (operations < comparison.longestBatch && comparison.floor(operations) < batchSeconds)
+        operations *= 2;
+    return operations;
+}
+
+/// Times of both sides, an entry a pair of batches.
+struct Samples {
+    std::vector<double> floor;
+    std::vector<double> library;
+    std::vector<double> ratio;
+};
+
+/// Runs one batch of each side, the floor first in every second pair; false when one failed.
+bool addPair(const Comparison& comparison, long operations, Samples& samples) {
+    const bool floorFirst = samples.ratio.size() % 2 == 0;
+    const double first = (floorFirst ? comparison.floor : comparison.library)(operations);
+    const double second = (floorFirst ? comparison.library : comparison.floor)(operations);
+    const double floor = floorFirst ? first : second;
+    const double library = floorFirst ? second : first;
+    samples.floor.push_back(floor * 1e9 / static_cast<double>(operations));
+    samples.library.push_back(library * 1e9 / static_cast<double>(operations));
+    samples.ratio.push_back(library / floor);
+    return floor >= 0 && library >= 0;
+}
+
+/// Says what is wrong with the costs, or nothing.
+std::string judgeCosts(const Row& row, long allowedAllocations) {
+    if (row.library.systemCalls != row.floor.systemCalls)
+        return "more or fewer system calls than the floor";
+    if (allowedAllocations >= 0 && row.library.allocations != allowedAllocations)
+        return "heap allocations";
+    return {};
+}
+
+void countCosts(const Comparison& comparison, Row& row) {
+    if (!comparison.libraryOnce)
+        return;
+    const SilencedOutput silence;
+    // What is made once (first look-ups, standard output's buffer) is no part of an operation.
+    if (!comparison.floorOnce() || !comparison.libraryOnce()) {
+        row.failure = "failed";
+        return;
+    }
+    row.floor = countCost(comparison.floorOnce);
+    row.library = countCost(comparison.libraryOnce);
+    row.failure = judgeCosts(row, comparison.allowedAllocations);
+}
+
+void report(benchmark::State& state, const Row& row) {
+    state.counters["floor_ns"] = row.floorNanoseconds;
+    state.counters["library_ns"] = row.libraryNanoseconds;
+    state.counters["ratio"] = row.ratio;
+    state.counters["system_calls"] = static_cast<double>(row.library.systemCalls);
+    state.counters["floor_system_calls"] = static_cast<double>(row.floor.systemCalls);
+    state.counters["allocations"] = static_cast<double>(row.library.allocations);
+}
+
+void run(benchmark::State& state, const Comparison& comparison, Row& row) {
+    if (row.operation.empty()) {
+        row.operation = comparison.operation;
+        countCosts(comparison, row);
+    }
+    if (!row.failure.empty()) {
+        state.SkipWithError(row.failure.c_str());
+        return;
+    }
+    const long operations = batchSize(comparison);
+    Samples samples;
+    while (state.KeepRunningBatch(operations)) {
+        if (!addPair(comparison, operations, samples)) {
+            row.failure = "failed";
+            state.SkipWithError("failed");
+            return;
+        }
+        state.SetIterationTime(samples.library.back() * 1e-9 * static_cast<double>(operations));
+    }
+    row.floorNanoseconds = median(samples.floor);
+    row.libraryNanoseconds = median(samples.library);
+    row.ratio = median(samples.ratio);
+    report(state, row);
+}
+
+}  // namespace
+
+void registerComparison(Comparison comparison) {
+    const std::size_t index = table.size();
+    table.emplace_back();
+    const std::string name = comparison.operation;
+    benchmark::RegisterBenchmark(name.c_str(), [index,
+                                                comparison = std::move(comparison)](auto& state) {
+        run(state, comparison, table[index]);
+    })->UseManualTime();
+}
+
+const std::vector<Row>& rows() {
+    return table;
+}
+
+}  // namespace ZR::benchmarks

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace ZR::benchmarks {
+
+/// What an operation and its floor cost apart from time; negative where it is not counted.
+struct Cost {
+    long systemCalls = -1;
+    long allocations = -1;
+};
+
+/// One row of the closing table.
+struct Row {
+    std::string operation;
+    double floorNanoseconds = 0;
+    double libraryNanoseconds = 0;
+    double ratio = 0;
+    Cost floor;
+    Cost library;
+    std::string failure;  ///< empty when the operation did what it must, at its exact cost
+};
+
+/// Runs an operation the given number of times and returns the seconds taken; negative on failure.
+using Batch = std::function<double(long operations)>;
+
+/// Both sides of a comparison. The batches take turns, so that whatever else happens on the machine
+/// hits both alike.
+struct Comparison {
+    std::string operation;
+    Batch floor;
+    Batch library;
+    std::function<bool()> floorOnce;
+    std::function<bool()> libraryOnce;
+    long allowedAllocations = 0;  ///< negative: reported only
+    long longestBatch = 4096;
+};
+
+/// Registers a comparison with Google Benchmark.
+void registerComparison(Comparison comparison);
+
+/// The rows of all comparisons that ran, in the order of their registration.
+const std::vector<Row>& rows();
+
+/// Times an operation as a loop of its own, so that the compiler sees through both sides alike.
+template <typename Operation>
+Batch batchOf(Operation operation) {
+    return [operation](long operations) {
+        bool succeeded = true;
+        const auto start = std::chrono::steady_clock::now();
+        for (long done = 0; done < operations; ++done)
+            succeeded = operation() && succeeded;
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+        return succeeded ? taken.count() : -1.0;
+    };
+}
+
+/// Compares two operations that answer whether they succeeded.
+template <typename Floor, typename Library>
+void compare(std::string operation, Floor floor, Library library, long allowedAllocations = 0) {
+    Comparison comparison;
+    comparison.operation = std::move(operation);
+    comparison.floor = batchOf(floor);
+    comparison.library = batchOf(library);
+    comparison.floorOnce = floor;
+    comparison.libraryOnce = library;
+    comparison.allowedAllocations = allowedAllocations;
+    registerComparison(std::move(comparison));
+}
+
+}  // namespace ZR::benchmarks

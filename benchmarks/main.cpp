@@ -1,0 +1,81 @@
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "benchmarks/board.h"
+#include "benchmarks/comparison.h"
+#include "benchmarks/operations.h"
+
+namespace ZR::benchmarks {
+namespace {
+
+/// Standard output belongs to Google Benchmark's report where that is for a program to read.
+FILE* tableOutput(int count, char** arguments) {
+    const bool forPrograms = std::any_of(arguments, arguments + count, [](std::string_view text) {
+        return text == "--benchmark_format=json" || text == "--benchmark_format=csv";
+    });
+    return forPrograms ? stderr : stdout;
+}
+
+void printCount(FILE* output, long count) {
+    if (count < 0)
+        std::fprintf(output, " %13s", "-");
+    else
+        std::fprintf(output, " %13ld", count);
+}
+
+void printRow(FILE* output, const Row& row) {
+    std::fprintf(output, "%-30s", row.operation.c_str());
+    if (!row.failure.empty()) {
+        std::fprintf(output, " %s", row.failure.c_str());
+    } else {
+        std::fprintf(output, " %11.1f %11.1f %6.2f", row.floorNanoseconds, row.libraryNanoseconds,
+                     row.ratio);
+    }
+    printCount(output, row.library.systemCalls);
+    printCount(output, row.library.allocations);
+    std::fputc('\n', output);
+}
+
+/// Prints the closing table; false when an operation failed or cost more calls than it may.
+bool printTable(FILE* output) {
+    std::fprintf(output, "%-30s %11s %11s %6s %13s %13s\n", "operation", "floor ns", "library ns",
+                 "ratio", "system calls", "allocations");
+    bool good = true;
+    for (const Row& row : rows()) {
+        if (row.operation.empty())  // filtered out
+            continue;
+        printRow(output, row);
+        good = good && row.failure.empty();
+    }
+    return good;
+}
+
+}  // namespace
+}  // namespace ZR::benchmarks
+
+int main(int count, char** arguments) {
+    using namespace ZR::benchmarks;
+    FILE* const output = tableOutput(count, arguments);
+    benchmark::Initialize(&count, arguments);
+    if (benchmark::ReportUnrecognizedArguments(count, arguments))
+        return EXIT_FAILURE;
+    std::string board;
+    if (!prepareBoard(arguments, board)) {
+        std::fprintf(stderr, "zrapi_benchmarks: %s\n", board.c_str());
+        return EXIT_FAILURE;
+    }
+    benchmark::AddCustomContext("board", board);
+    compareInputsAndOutputs();
+    compareDimmableDevices();
+    compareFeatureDetection();
+    compareLoading();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    std::fprintf(output, "\nMeasured on: %s\n", board.c_str());
+    return printTable(output) ? EXIT_SUCCESS : EXIT_FAILURE;
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace ZR::benchmarks {
+
+// One function a subsystem: each registers the comparisons of its public operations.
+void compareInputsAndOutputs();
+void compareDimmableDevices();
+void compareFeatureDetection();
+void compareLoading();
+
+}  // namespace ZR::benchmarks
