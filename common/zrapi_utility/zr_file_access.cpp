@@ -88,10 +88,10 @@ int appendText(int descriptor, std::string* text) {
         if (length < 0)
             return errno;
         text->append(buffer.data(), static_cast<std::size_t>(length));
-        if (static_cast<std::size_t>(length) < buffer.size())
-            return 0;
         if (text->size() > longestText)
             return EFBIG;
+        if (static_cast<std::size_t>(length) < buffer.size())
+            return 0;
     }
 }
 
