@@ -44,7 +44,8 @@ void useCommon() {
     const unsigned int section = ZR::ZRDebug::insertNewDebugSection("consumer");
     ZR::ZRDebug::setSink(keepReport);
     ZR::ZRDebug::debugPrintError(ZR::ZRDebug::levelError, section, "%s%d", "report ", 1);
-    expect(reports == std::vector<std::string>{"1 consumer: report 1"}, "a report reaches the sink");
+    expect(reports == std::vector<std::string>{"1 consumer: report 1"},
+           "a report reaches the sink");
 
     ZR::ZREEPROMMessageData data{};
     (void)ZR::ZREeprom::readDataFromEeprom(ZR::EepromReadDisplayData, data);
@@ -66,7 +67,8 @@ void useUtility() {
     std::string text;
     expect(ZR::readStringFromFile("/proc/sys/kernel/ostype", &text) == 0 && text == "Linux",
            "a text is read without its newline");
-    expect(ZR::readIntegerFromFile("/proc/self/no_such_file", &number) != 0, "a missing file fails");
+    expect(ZR::readIntegerFromFile("/proc/self/no_such_file", &number) != 0,
+           "a missing file fails");
     expect(ZR::writeToFile("/dev/null", 1) == 0, "a number is written");
     expect(ZR::ZRFilesAndFolders::isFile("/dev/null"), "a device node is a file");
     expect(ZR::ZRFilesAndFolders::addSlash("/dev") == "/dev/", "a slash is added");

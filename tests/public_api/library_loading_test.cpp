@@ -1,0 +1,229 @@
+// What loading and unloading the hardware library does. This program is not linked with it.
+
+#include <cxxabi.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <link.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "common/zrapi_common/zr_debug.h"
+#include "tests/support/private_root.h"
+
+namespace {
+
+constexpr char ignitionPathSymbol[] = "_ZN2ZR13ZRInputOutput17ignitionInputPathB5cxx11E";
+constexpr char inputOutputSectionSymbol[] = "_ZN2ZR13ZRInputOutput12debugSectionE";
+constexpr char dimmableSectionSymbol[] = "_ZN2ZR10ZRDimmable12debugSectionE";
+constexpr char dimmableInstanceSymbol[] = "_ZN2ZR10ZRDimmable11getInstanceEv";
+
+constexpr unsigned int firstHandle = 4711;
+
+std::vector<std::string>& registeredSections() {
+    static std::vector<std::string> names;
+    return names;
+}
+
+const void* watchedMemory = nullptr;
+bool watchedMemoryIsFree = false;
+
+void freeMemory(void* memory) {
+    if (memory != nullptr && memory == watchedMemory)
+        watchedMemoryIsFree = true;
+    std::free(memory);
+}
+
+}  // namespace
+
+// Stand in for the platform library's, as the program comes first in the search for a name.
+unsigned int ZR::ZRDebug::insertNewDebugSection(const std::string& name) {
+    registeredSections().push_back(name);
+    return firstHandle + static_cast<unsigned int>(registeredSections().size()) - 1;
+}
+
+void* operator new(std::size_t size) {
+    void* const memory = std::malloc(size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    freeMemory(memory);
+}
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    freeMemory(memory);
+}
+
+namespace {
+
+/// The hardware library, loaded while this lives.
+class Library {
+  public:
+    Library() : handle_(::dlopen(ZR_HARDWARE_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {}
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    ~Library() { unload(); }
+
+    bool isLoaded() const { return handle_ != nullptr; }
+
+    bool unload() {
+        void* const handle = std::exchange(handle_, nullptr);
+        return handle != nullptr && ::dlclose(handle) == 0;
+    }
+
+    template <typename Type>
+    Type* symbol(const char* name) const {
+        return reinterpret_cast<Type*>(::dlsym(handle_, name));
+    }
+
+  private:
+    void* handle_;
+};
+
+bool isMapped() {
+    const auto isHardware = [](dl_phdr_info* object, std::size_t /*size*/, void* /*data*/) {
+        return std::strstr(object->dlpi_name, "libZRAPI_Hardware") != nullptr ? 1 : 0;
+    };
+    return ::dl_iterate_phdr(isHardware, nullptr) != 0;
+}
+
+std::string demangled(const char* name) {
+    int status = -1;
+    const std::unique_ptr<char, void (*)(void*)> text(
+        abi::__cxa_demangle(name, nullptr, nullptr, &status), std::free);
+    return status == 0 ? text.get() : name;
+}
+
+/// The operations in the slots of a class's virtual table.
+std::vector<std::string> slots(const Library& library, const char* tableSymbol) {
+    const auto* const table = library.symbol<void* const>(tableSymbol);
+    Dl_info info{};
+    void* entry = nullptr;
+    std::vector<std::string> names;
+    if (table == nullptr || ::dladdr1(table, &info, &entry, RTLD_DL_SYMENT) == 0)
+        return names;
+    // The first two entries are the offset to the top and the type information.
+    const std::size_t count = static_cast<const ElfW(Sym)*>(entry)->st_size / sizeof(void*);
+    for (std::size_t i = 2; i < count; ++i) {
+        Dl_info operation{};
+        const bool known = ::dladdr(table[i], &operation) != 0 && operation.dli_sname != nullptr;
+        names.push_back(known ? demangled(operation.dli_sname) : "unknown");
+    }
+    return names;
+}
+
+int openDescriptors() {
+    int count = 0;
+    for (int descriptor = 0; descriptor < 256; ++descriptor)
+        if (::fcntl(descriptor, F_GETFD) >= 0)
+            ++count;
+    return count;
+}
+
+}  // namespace
+
+TEST(LibraryLoading_pure, loading_registers_the_sections_and_stores_their_handles) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    std::vector<std::string> sections = registeredSections();
+    ASSERT_EQ(sections.size(), 2U);
+    const auto handleOf = [&sections](const char* name) {
+        const auto found = std::find(sections.begin(), sections.end(), name);
+        return firstHandle + static_cast<unsigned int>(found - sections.begin());
+    };
+    EXPECT_EQ(*library.symbol<unsigned int>(inputOutputSectionSymbol), handleOf("zr_io"));
+    EXPECT_EQ(*library.symbol<unsigned int>(dimmableSectionSymbol), handleOf("zr_dimmable"));
+    std::sort(sections.begin(), sections.end());
+    EXPECT_EQ(sections, (std::vector<std::string>{"zr_dimmable", "zr_io"}));
+}
+
+TEST(LibraryLoading_pure, the_ignition_path_is_empty_after_loading) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    EXPECT_EQ(*library.symbol<std::string>(ignitionPathSymbol), "");
+}
+
+TEST(LibraryLoading, loading_opens_and_prints_nothing) {
+    ZR::test::makeFile("/sys/class/backlight/backlight/brightness", "128\n");
+    const int before = openDescriptors();
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    const Library library;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(LibraryLoading_pure, unloading_takes_the_library_out_of_the_process) {
+    Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    ASSERT_TRUE(isMapped());
+    EXPECT_TRUE(library.unload());
+    EXPECT_EQ(::dlopen(ZR_HARDWARE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
+    EXPECT_FALSE(isMapped());
+}
+
+TEST(LibraryLoading_pure, the_library_can_be_loaded_again) {
+    Library first;
+    ASSERT_TRUE(first.unload());
+    const Library second;
+    ASSERT_TRUE(second.isLoaded()) << ::dlerror();
+    EXPECT_EQ(registeredSections().size(), 4U);
+}
+
+TEST(LibraryLoading_pure, unloading_destroys_the_ignition_path) {
+    Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    auto* const path = library.symbol<std::string>(ignitionPathSymbol);
+    *path = "/sys/class/regulator/a_name_that_does_not_fit_into_the_object_itself/name";
+    watchedMemory = path->data();
+    ASSERT_TRUE(library.unload());
+    EXPECT_TRUE(watchedMemoryIsFree);
+}
+
+TEST(LibraryLoading, unloading_destroys_the_dimmable_devices_and_closes_their_files) {
+    ZR::test::makeFile("/sys/class/backlight/backlight/brightness", "128\n");
+    ZR::test::makeFile("/sys/class/leds/user:rgb/brightness", "0\n");
+    const int before = openDescriptors();
+    Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    library.symbol<void*()>(dimmableInstanceSymbol)();
+    EXPECT_EQ(openDescriptors(), before + 2);
+    ASSERT_TRUE(library.unload());
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST(SlotOrder_pure, input_output_has_its_destructor_and_nothing_else) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    const std::vector<std::string> expected{"ZR::ZRInputOutput::~ZRInputOutput()",
+                                            "ZR::ZRInputOutput::~ZRInputOutput()"};
+    EXPECT_EQ(slots(library, "_ZTVN2ZR13ZRInputOutputE"), expected);
+}
+
+TEST(SlotOrder_pure, dimmable_has_its_operations_in_order) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    const std::vector<std::string> expected{
+        "ZR::ZRDimmable::~ZRDimmable()",
+        "ZR::ZRDimmable::~ZRDimmable()",
+        "ZR::ZRDimmable::getIntensity(unsigned int*, ZR::ZRDimmableDevice)",
+        "ZR::ZRDimmable::setIntensity(unsigned int, ZR::ZRDimmableDevice)",
+        "ZR::ZRDimmable::getColor(unsigned int*, ZR::ZRDimmableDevice)",
+        "ZR::ZRDimmable::setColor(unsigned int, ZR::ZRDimmableDevice)",
+        "ZR::ZRDimmable::setMinDisplayBacklightIntensity(unsigned int)",
+        "ZR::ZRDimmable::getMinDisplayBacklightIntensity(unsigned int*)",
+        "ZR::ZRDimmable::isColorSupported(ZR::ZRDimmableDevice) const"};
+    EXPECT_EQ(slots(library, "_ZTVN2ZR10ZRDimmableE"), expected);
+}
