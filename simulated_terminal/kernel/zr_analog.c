@@ -17,7 +17,15 @@ static char *supply = "vcc";
 module_param(supply, charp, 0444);
 MODULE_PARM_DESC(supply, "Supply voltage devices: vcc, bat, both, none");
 
-static const char * const supplies[] = { "vcc", "bat", "both", "none", NULL };
+enum { SUPPLY_VCC, SUPPLY_BAT, SUPPLY_BOTH, SUPPLY_NONE };
+
+static const char * const supplies[] = {
+	[SUPPLY_VCC] = "vcc",
+	[SUPPLY_BAT] = "bat",
+	[SUPPLY_BOTH] = "both",
+	[SUPPLY_NONE] = "none",
+	NULL
+};
 
 static struct class *analog_class;
 
@@ -120,15 +128,13 @@ static int add_inputs(void)
 static int add_supplies(void)
 {
 	int choice = zr_parameter_choice("supply", supply, supplies);
-	bool both;
 	int ret = 0;
 
 	if (choice < 0)
 		return choice;
-	both = !strcmp(supply, "both");
-	if (both || !strcmp(supply, "vcc"))
+	if (choice == SUPPLY_VCC || choice == SUPPLY_BOTH)
 		ret = zr_device_add(&vcc);
-	if (!ret && (both || !strcmp(supply, "bat")))
+	if (!ret && (choice == SUPPLY_BAT || choice == SUPPLY_BOTH))
 		ret = zr_device_add(&bat);
 	return ret;
 }

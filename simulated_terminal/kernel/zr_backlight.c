@@ -10,12 +10,18 @@
 
 #define ZR_BACKLIGHT_MAX 255
 
-static char *place = "pwm";
-module_param_named(backlight, place, charp, 0444);
+static char *parameter = "pwm";
+module_param_named(backlight, parameter, charp, 0444);
 MODULE_PARM_DESC(backlight, "Backlight device: pwm, class, legacy, none");
 
+static enum { PLACE_PWM, PLACE_CLASS, PLACE_LEGACY, PLACE_NONE } place;
+
 static const char * const places[] = {
-	"pwm", "class", "legacy", "none", NULL
+	[PLACE_PWM] = "pwm",
+	[PLACE_CLASS] = "class",
+	[PLACE_LEGACY] = "legacy",
+	[PLACE_NONE] = "none",
+	NULL
 };
 
 struct zr_backlight {
@@ -59,12 +65,12 @@ static int backlight_attach(struct zr_device *device)
 		.max_brightness = ZR_BACKLIGHT_MAX,
 		.brightness = READ_ONCE(backlight->level),
 	};
-	const char *name = strcmp(place, "class") ? "pwm-backlight.0"
-						  : "backlight";
+	const char *name = place == PLACE_CLASS ? "backlight"
+						: "pwm-backlight.0";
 	struct platform_device *parent = NULL;
 	struct backlight_device *class;
 
-	if (!strcmp(place, "pwm")) {
+	if (place == PLACE_PWM) {
 		parent = platform_device_register_simple("pwm-backlight", 0,
 							 NULL, 0);
 		if (IS_ERR(parent))
@@ -142,11 +148,12 @@ static struct zr_backlight backlight = {
 
 int zr_backlight_init(void)
 {
-	int choice = zr_parameter_choice("backlight", place, places);
+	int choice = zr_parameter_choice("backlight", parameter, places);
 
 	if (choice < 0)
 		return choice;
-	if (!strcmp(place, "none"))
+	place = choice;
+	if (place == PLACE_NONE)
 		return 0;
 	zr_fault_init(&backlight.fail_write);
 	return zr_device_add(&backlight.device);

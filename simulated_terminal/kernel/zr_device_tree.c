@@ -19,7 +19,14 @@ static char *variant = "quad";
 module_param(variant, charp, 0444);
 MODULE_PARM_DESC(variant, "Processor: quad, dual, ull");
 
-static const char * const variants[] = { "quad", "dual", "ull", NULL };
+enum { VARIANT_QUAD, VARIANT_DUAL, VARIANT_ULL };
+
+static const char * const variants[] = {
+	[VARIANT_QUAD] = "quad",
+	[VARIANT_DUAL] = "dual",
+	[VARIANT_ULL] = "ull",
+	NULL
+};
 
 /* As in a flattened tree: each name ends with a NUL, the last one too. */
 static const char quad[] = "zr,terminal-quad\0fsl,imx6q";
@@ -80,22 +87,26 @@ static const struct zr_device_ops tree_ops = {
 
 static struct zr_device tree = { .name = "device_tree", .ops = &tree_ops };
 
-static int init_compatible(void)
+static int init_compatible(int choice)
 {
-	if (!strcmp(variant, "dual"))
+	switch (choice) {
+	case VARIANT_DUAL:
 		return zr_value_init(&compatible, dual, sizeof(dual));
-	if (!strcmp(variant, "ull"))
+	case VARIANT_ULL:
 		return zr_value_init(&compatible, ull, sizeof(ull));
-	return zr_value_init(&compatible, quad, sizeof(quad));
+	default:
+		return zr_value_init(&compatible, quad, sizeof(quad));
+	}
 }
 
 int zr_device_tree_init(void)
 {
-	int ret = zr_parameter_choice("variant", variant, variants);
+	int choice = zr_parameter_choice("variant", variant, variants);
+	int ret;
 
-	if (ret < 0 || !device_tree_there)
-		return min(ret, 0);
-	ret = init_compatible();
+	if (choice < 0 || !device_tree_there)
+		return min(choice, 0);
+	ret = init_compatible(choice);
 	return ret ? ret : zr_device_add(&tree);
 }
 

@@ -25,6 +25,9 @@ static char *key_trigger = "zr-attached";
 module_param(key_trigger, charp, 0444);
 MODULE_PARM_DESC(key_trigger, "Trigger attached to the key LED, or none");
 
+enum { KIND_PLAIN, KIND_COLOUR, KIND_NONE };
+enum { STATUS_USER, STATUS_SYS, STATUS_NONE };
+
 struct zr_led {
 	struct zr_device device;
 	const char *name;
@@ -215,27 +218,37 @@ static bool trigger_registered;
 static int add_illumination(struct zr_led *led, const char *parameter,
 			    const char *value)
 {
-	static const char * const kinds[] = { "plain", "colour", "none", NULL };
+	static const char * const kinds[] = {
+		[KIND_PLAIN] = "plain",
+		[KIND_COLOUR] = "colour",
+		[KIND_NONE] = "none",
+		NULL
+	};
 	int kind = zr_parameter_choice(parameter, value, kinds);
 
-	if (kind < 0)
-		return kind;
-	if (!strcmp(value, "none"))
-		return 0;
-	led->maximum = strcmp(value, "colour") ? ZR_PLAIN_MAX : ZR_COLOUR_MAX;
+	if (kind < 0 || kind == KIND_NONE)
+		return min(kind, 0);
+	led->maximum = kind == KIND_PLAIN ? ZR_PLAIN_MAX : ZR_COLOUR_MAX;
 	return zr_device_add(&led->device);
 }
 
 static int add_status(void)
 {
-	static const char * const kinds[] = { "user", "sys", "none", NULL };
-	int kind = zr_parameter_choice("rgb", rgb, kinds);
+	static const char * const names[] = {
+		[STATUS_USER] = "user:rgb",
+		[STATUS_SYS] = "sys:status:rgb",
+	};
+	static const char * const choices[] = {
+		[STATUS_USER] = "user",
+		[STATUS_SYS] = "sys",
+		[STATUS_NONE] = "none",
+		NULL
+	};
+	int choice = zr_parameter_choice("rgb", rgb, choices);
 
-	if (kind < 0)
-		return kind;
-	if (!strcmp(rgb, "none"))
-		return 0;
-	rgb_led.name = strcmp(rgb, "sys") ? "user:rgb" : "sys:status:rgb";
+	if (choice < 0 || choice == STATUS_NONE)
+		return min(choice, 0);
+	rgb_led.name = names[choice];
 	return zr_device_add(&rgb_led.device);
 }
 

@@ -25,6 +25,7 @@ static const struct zr_attribute_spec beeper_specs[] = {
 struct board_device {
 	struct zr_device device;
 	const char *platform_name;
+	int id;
 };
 
 static int platform_attach(struct zr_device *device)
@@ -34,7 +35,7 @@ static int platform_attach(struct zr_device *device)
 	struct platform_device *platform;
 	int ret;
 
-	platform = platform_device_alloc(board->platform_name, device->id);
+	platform = platform_device_alloc(board->platform_name, board->id);
 	if (!platform)
 		return -ENOMEM;
 	/* Added with the device, so that it never shows without them. */
@@ -61,11 +62,11 @@ static const struct zr_device_ops platform_ops = {
 #define BOARD_DEVICE(folder, platform, number, attributes) {	\
 	.device = {						\
 		.name = folder,					\
-		.id = number,					\
 		.ops = &platform_ops,				\
 		.specs = attributes,				\
 	},							\
 	.platform_name = platform,				\
+	.id = number,						\
 }
 
 static struct board_device board_devices[] = {

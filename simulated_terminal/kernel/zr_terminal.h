@@ -71,7 +71,6 @@ struct zr_device_ops {
 struct zr_device {
 	/* Set by the driver before zr_device_add(). */
 	const char *name;
-	int id;
 	const struct zr_device_ops *ops;
 	const struct zr_attribute_spec *specs;	/* ended by a NULL name */
 	const char *without;			/* list of attributes left out */

@@ -94,7 +94,7 @@ check_log() {
     echo 20 >"$PLATFORM/pwm-speaker.0/volume"
     echo 7 >"$LEDS/bl:enc/brightness"
     echo 1 >"$ANALOG/ai.0/toggle_load"
-    { printf 'a b\tc\\' >"$ANALOG/light/hysteresis"; } 2>/dev/null
+    { printf 'a b\tc\134' >"$ANALOG/light/hysteresis"; } 2>/dev/null
     logs "the log is in order, with refusals" '1 zr_do.0 state 1' \
         '2 zr_do.0 state 2 error EINVAL' '3 beeper volume 20' '4 encoder brightness 7' \
         '5 ai.0 toggle_load 1' '6 light hysteresis a b\tc\\ error EINVAL'
