@@ -1,8 +1,6 @@
 #include "hardware/input_output/zr_input_output.h"
 
 #include <exception>
-#include <locale>
-#include <sstream>
 #include <string>
 
 #include "common/zrapi_common/zr_debug.h"
@@ -31,18 +29,32 @@ constexpr bool hasValue(zrIOType type) {
            type == TemperatureSensor || type == FrequencyInput;
 }
 
-/// Folder of the analog input with the given 1-based number, which may be any int.
-std::string analogInputPath(int port) {
-    std::ostringstream text;
-    text.imbue(std::locale::classic());  // a grouping locale would write 1.000 for 1000
-    text << analogInputFolder << static_cast<long long>(port) - 1;
-    return text.str();
-}
+/// The attributes of the analog input with the given 1-based number, which may be any int. One text
+/// serves them all, so that a configuration makes one allocation and not a dozen.
+class AnalogInputAttributes {
+  public:
+    explicit AnalogInputAttributes(int port) {
+        path_.reserve(longestPath);
+        path_.append(analogInputFolder).append(std::to_string(static_cast<long long>(port) - 1));
+        folderLength_ = path_.size();
+    }
 
-void writeMeasureMode(const std::string& input, const MeasureModeSetting& setting) {
-    (void)writeToFile(input + measureModeFile, setting.measureMode);
+    const std::string& operator[](const char* attribute) {
+        path_.resize(folderLength_);
+        return path_.append(attribute);
+    }
+
+  private:
+    static constexpr std::size_t longestPath = 64;
+
+    std::string path_;
+    std::size_t folderLength_ = 0;
+};
+
+void writeMeasureMode(AnalogInputAttributes& input, const MeasureModeSetting& setting) {
+    (void)writeToFile(input[measureModeFile], setting.measureMode);
     if (setting.toggleLoad)
-        (void)writeToFile(input + toggleLoadFile, 1);
+        (void)writeToFile(input[toggleLoadFile], 1);
 }
 
 }  // namespace
@@ -122,10 +134,10 @@ unsigned int ZRInputOutput::getValue(int* value) {
 unsigned int ZRInputOutput::configureInput(int port, int mode, int newHysteresis) {
     hysteresis = newHysteresis;
     try {
-        const std::string input = analogInputPath(port);
+        AnalogInputAttributes input(port);
         const MeasureModeSetting setting = measureModeSetting(mode);
         unsigned int result = ResultSuccess;
-        if (ZRFilesAndFolders::isFile(input + measureModeFile)) {
+        if (ZRFilesAndFolders::isFile(input[measureModeFile])) {
             if (setting.valid) {
                 measureMode = mode;
                 writeMeasureMode(input, setting);
@@ -134,8 +146,8 @@ unsigned int ZRInputOutput::configureInput(int port, int mode, int newHysteresis
             }
         }
         // The hysteresis does not depend on the mode: it is written also when the mode is refused.
-        if (ZRFilesAndFolders::isFile(input + hysteresisFile))
-            (void)writeToFile(input + hysteresisFile, hysteresis);
+        if (ZRFilesAndFolders::isFile(input[hysteresisFile]))
+            (void)writeToFile(input[hysteresisFile], hysteresis);
         return result;
     } catch (const std::exception&) {
         printLine({"Error setting analog options for port ", toString(port),
