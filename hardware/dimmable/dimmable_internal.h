@@ -1,9 +1,12 @@
 #pragma once
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <system_error>
 
 #include "hardware/dimmable/zr_dimmable.h"
 
@@ -29,6 +32,11 @@ constexpr int rawToPercent(int raw) {
 /// The number at the start of an attribute's text: decimal, hexadecimal after "0x" or octal after
 /// "0"; 0 without one. Saturates at 32 bits on every machine, as `long` does on the terminal's.
 inline int parseRaw(const char* text) {
+    // What drivers give is plain decimal; only the other forms, and what saturates, pay for strtol.
+    int decimal = 0;
+    if (*text >= '1' && *text <= '9' &&
+        std::from_chars(text, text + std::strlen(text), decimal).ec == std::errc())
+        return decimal;
     const long number = std::strtol(text, nullptr, 0);
     return static_cast<int>(
         std::clamp<long>(number, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
