@@ -267,13 +267,15 @@ static _Noreturn void conduct(void) {
 }
 
 static void catch_signals(void) {
+    static const int wanted[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGWINCH};
     sigset_t caught;
     sigemptyset(&caught);
-    sigaddset(&caught, SIGINT);
-    sigaddset(&caught, SIGTERM);
-    sigaddset(&caught, SIGHUP);
-    sigaddset(&caught, SIGQUIT);
-    sigaddset(&caught, SIGWINCH);
+    for (size_t i = 0; i < sizeof wanted / sizeof wanted[0]; ++i) {
+        struct sigaction before;
+        /* What the caller ignores, as a shell does for its background, stays ignored. */
+        if (sigaction(wanted[i], NULL, &before) == 0 && before.sa_handler != SIG_IGN)
+            sigaddset(&caught, wanted[i]);
+    }
     sigprocmask(SIG_BLOCK, &caught, NULL);
     signal(SIGPIPE, SIG_IGN);
     machine.signals = signalfd(-1, &caught, SFD_CLOEXEC | SFD_NONBLOCK);

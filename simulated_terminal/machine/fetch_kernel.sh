@@ -11,14 +11,16 @@ read_release() {
     [[ -n $release ]]
 }
 
+# Both print nothing for a package that apt does not know.
+
 # first_dependency PACKAGE PATTERN
 first_dependency() {
-    LC_ALL=C apt-cache depends "$1" 2>/dev/null |
+    { LC_ALL=C apt-cache depends "$1" 2>/dev/null || true; } |
         awk -v pattern="$2" '$1 == "Depends:" && $2 ~ pattern && !n++ { print $2 }'
 }
 
 candidate_version() {
-    LC_ALL=C apt-cache show --no-all-versions "$1" 2>/dev/null |
+    { LC_ALL=C apt-cache show --no-all-versions "$1" 2>/dev/null || true; } |
         awk '$1 == "Version:" && !n++ { print $2 }'
 }
 
