@@ -1,0 +1,216 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/private_root.h"
+#include "tests/tools/board_files.h"
+#include "tests/tools/json_check.h"
+#include "tests/tools/tool_process.h"
+
+namespace ZR::test {
+namespace {
+
+struct WrongUsage {
+    std::vector<std::string> arguments;
+    std::string error;
+};
+
+void PrintTo(const WrongUsage& usage, std::ostream* stream) {
+    *stream << usage.error;
+}
+
+class ZrctlWrongUsage : public testing::TestWithParam<WrongUsage> {
+  protected:
+    void SetUp() override {
+        makeInputsAndOutputs();
+        makeDimmableDevices();
+    }
+};
+
+TEST_P(ZrctlWrongUsage, gives_one_line_and_status_2) {
+    const ToolResult result = runZrctl(GetParam().arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "zrctl: " + GetParam().error + "\n");
+    EXPECT_EQ(result.output, "");
+}
+
+TEST_P(ZrctlWrongUsage, gives_the_same_line_as_json) {
+    std::vector<std::string> arguments = GetParam().arguments;
+    arguments.insert(arguments.begin(), "--json");
+    const ToolResult result = runZrctl(arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "zrctl: " + GetParam().error + "\n");
+    EXPECT_EQ(query(result.output, "keys"), "[\"error\"]\n");
+    EXPECT_EQ(runTool("/usr/bin/jq", {"-j", ".error", "/dev/document.json"}).output,
+              GetParam().error);
+}
+
+TEST_P(ZrctlWrongUsage, touches_no_device) {
+    runZrctl(GetParam().arguments);
+    EXPECT_EQ(readFile(do1), "0\n");
+    EXPECT_EQ(readFile(ai1Hysteresis), "0\n");
+    EXPECT_EQ(readFile(keyTrigger), "[heartbeat] none\n");
+    EXPECT_EQ(readFile("/sys/class/analog/light/hysteresis"), "0\n");
+}
+
+const char channelList[] = "; 'zrctl io list' shows them all";
+const char deviceList[] = "; give display, key, encoder, rgb or beeper";
+
+INSTANTIATE_TEST_SUITE_P(
+    general, ZrctlWrongUsage,
+    testing::Values(
+        WrongUsage{{}, "no subcommand given; 'zrctl --help' lists them"},
+        WrongUsage{{""}, "no subcommand ''; 'zrctl --help' lists them"},
+        WrongUsage{{"bogus"}, "no subcommand 'bogus'; 'zrctl --help' lists them"},
+        WrongUsage{{"bogus", "--help"}, "no subcommand 'bogus'; 'zrctl --help' lists them"},
+        WrongUsage{{"features", "now"}, "features takes no arguments"},
+        WrongUsage{{"features", "--fast"}, "unknown option '--fast'; --help lists them"},
+        WrongUsage{{"io"}, "no action given after io; 'zrctl io --help' lists them"},
+        WrongUsage{{"io", "fly"}, "no action 'fly' of io; 'zrctl io --help' lists them"},
+        WrongUsage{{"dimmable"},
+                   "no action given after dimmable; 'zrctl dimmable --help' lists them"},
+        WrongUsage{{"io", "get", "di1\n\x1b[2J\xff"},
+                   std::string("no channel 'di1\\x0a\\x1b[2J\\xff'") + channelList},
+        WrongUsage{{"io", "get", std::string(100, 'x')},
+                   "no channel '" + std::string(60, 'x') + "...'" + channelList},
+        WrongUsage{{"io", "get", "\"\\"}, std::string("no channel '\"\\'") + channelList}));
+
+INSTANTIATE_TEST_SUITE_P(
+    io, ZrctlWrongUsage,
+    testing::Values(
+        WrongUsage{{"io", "list", "di1"},
+                   "io list takes no arguments; 'zrctl io get CHANNEL' reads one channel"},
+        WrongUsage{{"io", "get"}, std::string("io get needs a channel") + channelList},
+        WrongUsage{{"io", "get", "--"}, std::string("io get needs a channel") + channelList},
+        WrongUsage{{"io", "get", "light", "di0"}, "no channel 'di0'; give di1 to di4"},
+        WrongUsage{{"io", "get", "di5"}, "no channel 'di5'; give di1 to di4"},
+        WrongUsage{{"io", "get", "di01"}, "no channel 'di01'; give di1 to di4"},
+        WrongUsage{{"io", "get", "do4"}, "no channel 'do4'; give do1 to do3"},
+        WrongUsage{{"io", "get", "ai65537"}, "no channel 'ai65537'; give ai1 to ai4"},
+        WrongUsage{{"io", "get", "di-1"}, std::string("no channel 'di-1'") + channelList},
+        WrongUsage{{"io", "get", "di"}, std::string("no channel 'di'") + channelList},
+        WrongUsage{{"io", "get", "DI1"}, std::string("no channel 'DI1'") + channelList},
+        WrongUsage{{"io", "get", "power1"}, std::string("no channel 'power1'") + channelList},
+        WrongUsage{{"io", "get", ""}, std::string("no channel ''") + channelList},
+        WrongUsage{{"io", "set", "do1"},
+                   "io set needs a channel and a state, as in 'zrctl io set do1 on'"},
+        WrongUsage{{"io", "set", "do1", "2"}, "no state '2'; give on, off, 1 or 0"},
+        WrongUsage{{"io", "set", "do1", "ON"}, "no state 'ON'; give on, off, 1 or 0"},
+        WrongUsage{{"io", "set", "do4", "on"}, "no channel 'do4'; give do1 to do3"},
+        WrongUsage{{"io", "watch"}, std::string("io watch needs a channel") + channelList},
+        WrongUsage{{"io", "watch", "light", "di9"}, "no channel 'di9'; give di1 to di4"},
+        WrongUsage{{"io", "watch", "light", "--interval", "0"},
+                   "interval '0' is no whole number from 1 to 60000"},
+        WrongUsage{{"io", "watch", "light", "--interval", "60001"},
+                   "interval '60001' is no whole number from 1 to 60000"},
+        WrongUsage{{"io", "watch", "light", "--count", "0"},
+                   "count '0' is no whole number from 1 to 2147483647"},
+        WrongUsage{{"io", "watch", "light", "--count", "5x"},
+                   "count '5x' is no whole number from 1 to 2147483647"},
+        WrongUsage{{"io", "watch", "light", "--count"}, "option --count needs a value"}));
+
+const char configureExample[] = ", as in 'zrctl io configure ai1 --mode 0 --hysteresis 10'";
+
+INSTANTIATE_TEST_SUITE_P(
+    io_configure, ZrctlWrongUsage,
+    testing::Values(
+        WrongUsage{{"io", "configure"}, "io configure needs one analog input, ai1 to ai4"},
+        WrongUsage{{"io", "configure", "ai1"},
+                   std::string("io configure needs --mode") + configureExample},
+        WrongUsage{{"io", "configure", "ai1", "--mode", "1"},
+                   std::string("io configure needs --hysteresis") + configureExample},
+        WrongUsage{{"io", "configure", "ai1", "--mode", "3", "--hysteresis", "1"},
+                   "mode '3' is no whole number from 0 to 2"},
+        WrongUsage{{"io", "configure", "ai1", "--mode=-1", "--hysteresis", "1"},
+                   "mode '-1' is no whole number from 0 to 2"},
+        WrongUsage{{"io", "configure", "ai1", "--mode", "", "--hysteresis", "1"},
+                   "mode '' is no whole number from 0 to 2"},
+        WrongUsage{{"io", "configure", "ai1", "--mode", "1", "--hysteresis", "2147483648"},
+                   "hysteresis '2147483648' is no whole number from -2147483648 to 2147483647"},
+        WrongUsage{{"io", "configure", "ai5", "--mode", "1", "--hysteresis", "1"},
+                   "no channel 'ai5'; give ai1 to ai4"},
+        WrongUsage{{"io", "configure", "light", "--mode", "1", "--hysteresis", "1"},
+                   "light is no analog input; give ai1 to ai4"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    dimmable, ZrctlWrongUsage,
+    testing::Values(
+        WrongUsage{{"dimmable", "list", "key"},
+                   "dimmable list takes no arguments; 'get DEVICE' reads one device"},
+        WrongUsage{{"dimmable", "get"},
+                   "dimmable get needs a device: display, key, encoder, rgb or beeper"},
+        WrongUsage{{"dimmable", "get", "lamp"}, std::string("no device 'lamp'") + deviceList},
+        WrongUsage{{"dimmable", "set", "display"},
+                   "dimmable set needs a device and a number, as in 'set display 50'"},
+        WrongUsage{{"dimmable", "set", "display", "-5"},
+                   "intensity '-5' is no whole number from 0 to 4294967295"},
+        WrongUsage{{"dimmable", "set", "display", "4294967296"},
+                   "intensity '4294967296' is no whole number from 0 to 4294967295"},
+        WrongUsage{{"dimmable", "set", "display", "99999999999999999999"},
+                   "intensity '99999999999999999999' is no whole number from 0 to 4294967295"},
+        WrongUsage{{"dimmable", "set", "display", "50 "},
+                   "intensity '50 ' is no whole number from 0 to 4294967295"},
+        WrongUsage{{"dimmable", "set", "display", "0x10"},
+                   "intensity '0x10' is no whole number from 0 to 4294967295"},
+        WrongUsage{{"dimmable", "color"},
+                   "dimmable color needs a device and perhaps a colour, as in 'color rgb red'"},
+        WrongUsage{{"dimmable", "color", "rgb", "#12345"},
+                   "no colour '#12345'; give #RRGGBB, 0xRRGGBB or a name that 'zrctl dimmable "
+                   "--help' lists"},
+        WrongUsage{{"dimmable", "color", "rgb", "#-12345"},
+                   "no colour '#-12345'; give #RRGGBB, 0xRRGGBB or a name that 'zrctl dimmable "
+                   "--help' lists"},
+        WrongUsage{{"dimmable", "color", "rgb", "123456"},
+                   "no colour '123456'; give #RRGGBB, 0xRRGGBB or a name that 'zrctl dimmable "
+                   "--help' lists"},
+        WrongUsage{{"dimmable", "min", "1", "2"},
+                   "dimmable min takes one number at most, as in 'min 10'"},
+        WrongUsage{{"dimmable", "min", "1.5"},
+                   "minimum '1.5' is no whole number from 0 to 4294967295"}));
+
+class ZrctlHelp : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(ZrctlHelp, goes_to_standard_output_with_status_0) {
+    const ToolResult result = runZrctl(GetParam());
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(result.output.rfind("Usage: zrctl ", 0), 0U);
+    EXPECT_EQ(result.output.back(), '\n');
+}
+
+INSTANTIATE_TEST_SUITE_P(everywhere, ZrctlHelp,
+                         testing::Values(std::vector<std::string>{"--help"},
+                                         std::vector<std::string>{"-h"},
+                                         std::vector<std::string>{"features", "--help"},
+                                         std::vector<std::string>{"--help", "io"},
+                                         std::vector<std::string>{"io", "set", "--help"},
+                                         std::vector<std::string>{"dimmable", "-h"}));
+
+TEST(ZrctlHelp, names_every_subcommand) {
+    const std::string help = runZrctl({"--help"}).output;
+    for (const char* const name : {"features", "io", "dimmable"})
+        EXPECT_NE(help.find(std::string("\n  ") + name + " "), std::string::npos) << name;
+}
+
+TEST(ZrctlHelp, of_dimmable_tells_of_the_trigger_and_the_raised_display) {
+    const std::string help = runZrctl({"dimmable", "--help"}).output;
+    EXPECT_NE(help.find("detaches the key LED"), std::string::npos);
+    EXPECT_NE(help.find("raises it to its minimum"), std::string::npos);
+}
+
+TEST(ZrctlVersion, is_that_of_the_project) {
+    const ToolResult result = runZrctl({"--version"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "zrctl " ZRCTL_VERSION "\n");
+}
+
+TEST(ZrctlArguments, after_two_dashes_are_operands) {
+    const ToolResult result = runZrctl({"io", "get", "--", "--json"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "zrctl: no channel '--json'; 'zrctl io list' shows them all\n");
+    EXPECT_EQ(result.output, "");
+}
+
+}  // namespace
+}  // namespace ZR::test
