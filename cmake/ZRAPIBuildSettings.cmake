@@ -15,6 +15,8 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wshadow -Wconversion
                     "$<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Wmissing-declarations>")
+# On 32 bit, stat fails for large inode numbers and sizes without it.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
 if(ZRAPI_WARNINGS_AS_ERRORS)
   add_compile_options(-Werror)
 endif()

@@ -1,17 +1,25 @@
 #pragma once
 
+#include <exception>
 #include <initializer_list>
 #include <iostream>
+#include <string>
 #include <string_view>
 
 namespace ZR {
 
-/// Writes one line, given in parts, to standard output and flushes it. The text goes out as it is,
-/// whatever field width, base or other format the application has set on std::cout.
+/// Writes one line, given in parts, to standard output and flushes it. The line goes out in one
+/// piece, so that lines of several threads do not mix, and as it is, whatever field width, base or
+/// exception mask the application has set on std::cout.
 inline void printLine(std::initializer_list<std::string_view> parts) {
-    for (const std::string_view part : parts)
-        std::cout.write(part.data(), static_cast<std::streamsize>(part.size()));
-    std::cout.put('\n').flush();
+    try {
+        std::string line;
+        for (const std::string_view part : parts)
+            line += part;
+        line += '\n';
+        std::cout.write(line.data(), static_cast<std::streamsize>(line.size())).flush();
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): nobody is left to tell
+    }
 }
 
 }  // namespace ZR

@@ -39,7 +39,8 @@ class Sections {
 };
 
 /// Never destroyed: sections are registered before any static object of this library may exist, and
-/// destructors of other libraries report after this library's would have run.
+/// destructors of other libraries report after this library's would have run. Unloading this
+/// library leaves it behind, which a process does at its end only.
 Sections& sections() {
     static auto* const instance = new Sections;
     return *instance;

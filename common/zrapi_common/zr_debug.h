@@ -13,7 +13,9 @@ namespace ZR {
 class ZRAPI_EXPORT ZRDebug {
   public:
     /// Receives a report: its level, the name of its section and the formatted message. Both texts
-    /// are valid during the call only. Called on the reporting thread, possibly on several at once.
+    /// are valid during the call only. Called on the reporting thread, possibly on several at once,
+    /// in the middle of the operation that failed: a sink uses no object of the hardware library
+    /// (its lock may be held) and raises no exception.
     using Sink = void (*)(int level, const char* section, const char* message);
 
     /// Level of an error, the only one that the library issues.

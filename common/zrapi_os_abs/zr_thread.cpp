@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <cerrno>
+#include <new>
 #include <system_error>
 
 namespace ZR {
@@ -11,8 +12,7 @@ namespace {
 // TASK_COMM_LEN without the NUL; pthread_setname_np refuses a longer name.
 constexpr std::string::size_type longestName = 15;
 
-/// What the new thread does: it names itself first, so that the name is there before the entry
-/// runs.
+/// What the new thread does: the name comes first, so that it is there before the entry runs.
 void runNamed(void (*entry)(void*), void* argument, const std::string& name) {
     if (!name.empty())
         (void)::pthread_setname_np(::pthread_self(), name.c_str());
@@ -35,6 +35,8 @@ int ZRThread::startThread(void (*entry)(void*), void* argument) {
         thread_ = std::thread(runNamed, entry, argument, name_);
     } catch (const std::system_error& error) {
         return error.code().value();
+    } catch (const std::bad_alloc&) {
+        return ENOMEM;
     }
     return 0;
 }

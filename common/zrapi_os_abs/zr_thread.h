@@ -23,12 +23,13 @@ class ZRAPI_EXPORT ZRThread {
     /// @param entry     function to run; must not be null
     /// @param argument  handed to @p entry as it is; the caller keeps what it points to alive
     /// @return 0, EBUSY while a thread that was started is not joined, EINVAL for a null entry, or
-    ///         the `errno` value of the failed creation (EAGAIN)
+    ///         the `errno` value of the failed creation (EAGAIN, ENOMEM)
     int startThread(void (*entry)(void*), void* argument);
 
     /// Names the running thread, or the one that is started next.
     /// @param name  the kernel keeps its first 15 bytes
-    /// @return 0, or the `errno` value of the failed call
+    /// @return 0, or the `errno` value of the failed call (ENOENT for a thread that has ended and
+    ///         is not joined; the name then serves the next one)
     int setThreadName(const std::string& name);
 
     /// Waits for the thread's end; returns at once when none was started.

@@ -38,20 +38,23 @@ ssize_t readOnce(int descriptor, char* data, std::size_t size) {
     return received;
 }
 
+/// Tells whether the text is one line that has ended.
+bool isWholeLine(std::string_view text) {
+    return !text.empty() && text.find('\n') == text.size() - 1;
+}
+
 /// Reads until the buffer is full or the text has ended; the count of bytes, or -1 with `errno`.
 ///
-/// A newline at the end of what has come ends the text: an attribute hands out its value in one
-/// piece, and the read that would only confirm it costs a third of the operation.
+/// One line that has ended is the whole value: an attribute hands it out in one piece, and the read
+/// that would only confirm it costs a third of the operation.
 ssize_t readText(int descriptor, char* data, std::size_t size) {
     std::size_t length = 0;
     while (length < size) {
         const ssize_t received = readOnce(descriptor, data + length, size - length);
         if (received < 0)
             return -1;
-        if (received == 0)
-            break;
         length += static_cast<std::size_t>(received);
-        if (length < size && data[length - 1] == '\n')
+        if (received == 0 || (length < size && isWholeLine({data, length})))
             break;
     }
     return static_cast<ssize_t>(length);
@@ -80,17 +83,17 @@ int parseInteger(std::string_view text, int* value) {
     return 0;
 }
 
-/// Appends what @p descriptor still gives to @p text.
+/// Appends what @p descriptor gives to @p text, which is empty.
 int appendText(int descriptor, std::string* text) {
     std::array<char, attributeSize> buffer;  // NOLINT(*-init): filled by the read
     for (;;) {
-        const ssize_t length = readText(descriptor, buffer.data(), buffer.size());
-        if (length < 0)
+        const ssize_t received = readOnce(descriptor, buffer.data(), buffer.size());
+        if (received < 0)
             return errno;
-        text->append(buffer.data(), static_cast<std::size_t>(length));
+        text->append(buffer.data(), static_cast<std::size_t>(received));
         if (text->size() > longestText)
             return EFBIG;
-        if (static_cast<std::size_t>(length) < buffer.size())
+        if (received == 0 || isWholeLine(*text))
             return 0;
     }
 }

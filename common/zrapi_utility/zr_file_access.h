@@ -16,8 +16,8 @@ namespace ZR {
 /// Reads one decimal integer from an attribute file.
 ///
 /// The whole text must be: optional blanks, an optional sign, decimal digits, then only blanks or
-/// line ends. A text that ends in a newline, as those of kernel attributes do, costs exactly three
-/// system calls and no heap allocation; one without costs a further read to see its end.
+/// line ends. A line with its newline, which is what kernel attributes give, costs exactly three
+/// system calls and no heap allocation; any other text costs a further read to see its end.
 ///
 /// @param path   file to read
 /// @param value  receives the number; untouched on failure; must not be null
@@ -28,9 +28,9 @@ ZRAPI_EXPORT int readIntegerFromFile(const std::string& path, int* value);
 
 /// Reads the whole text of a file, without the line feeds at its end.
 ///
-/// NUL bytes are part of the text. An empty file is an empty text. A text that ends in a newline
-/// and is shorter than 4 KiB costs exactly three system calls; any other costs a further read at
-/// least.
+/// NUL bytes are part of the text. An empty file is an empty text. A single line with its newline,
+/// which is what kernel attributes give, costs exactly three system calls; any other text is read
+/// until the kernel says that it has ended.
 ///
 /// @param path  file to read
 /// @param text  receives the content; untouched on failure; must not be null

@@ -44,10 +44,15 @@ std::string ZRFilesAndFolders::addSlash(const std::string& path) {
 int ZRFilesAndFolders::getAllFilesOrFoldersInFolder(const std::string& folder,
                                                     std::vector<std::string>& entries,
                                                     unsigned int limit, FileFilter filter) {
-    entries.clear();
-    if (filter != FilterAll && filter != FilterFiles && filter != FilterFolders)
+    if (filter != FilterAll && filter != FilterFiles && filter != FilterFolders) {
+        entries.clear();
         return EINVAL;
-    const int status = listEntries(folder, filter, entries);
+    }
+    int status = EINTR;
+    while (status == EINTR) {
+        entries.clear();
+        status = listEntries(folder, filter, entries);
+    }
     if (status != 0) {
         entries.clear();
         return status;

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <ios>
-#include <istream>
-#include <streambuf>
 #include <string>
 #include <string_view>
 
@@ -11,90 +10,67 @@
 
 namespace ZR {
 
-/// Stream buffer over a kernel attribute file that stays open.
+/// Kernel attribute file that stays open, with the life cycle and the error states of a
+/// std::fstream. Public only because ZRDimmable holds five of them by value.
 ///
-/// Unlike a std::filebuf it drops what a failed flush could not send, so that a value which the
-/// driver refused is never sent again by a later operation, and its descriptor closes on exec.
-class ZRAPI_EXPORT AttributeBuffer : public std::streambuf {
+/// It differs from a std::fstream where a kernel attribute needs it:
+/// - Value and line end leave in one write. A value that the driver refused is dropped, never sent
+///   again by a later operation.
+/// - A line that cannot be read to its end is a failure, never half a value.
+/// - The descriptor closes on exec.
+/// - Nothing but the error state changes after open(), so threads that use one object at once may
+///   read or replace each other's value, but nothing worse.
+class ZRAPI_EXPORT AttributeStream {
   public:
-    AttributeBuffer();
-    AttributeBuffer(const AttributeBuffer&) = delete;
-    AttributeBuffer& operator=(const AttributeBuffer&) = delete;
-    ~AttributeBuffer() override;
+    /// Room for the largest attribute, one page, and the NUL behind it.
+    using Line = std::array<char, 4096 + 1>;
 
-    /// Opens @p path for reading and writing, without truncating it.
-    /// @return false when it cannot be opened or the buffer is open already
-    bool open(const std::string& path);
+    AttributeStream() = default;
+    AttributeStream(const AttributeStream&) = delete;
+    AttributeStream& operator=(const AttributeStream&) = delete;
+    ~AttributeStream();
 
-    bool isOpen() const { return descriptor_ >= 0; }
+    /// Selects the error states that raise std::ios_base::failure from then on; none at first.
+    void exceptions(std::ios_base::iostate states) { raising_ = states; }
+    std::ios_base::iostate exceptions() const { return raising_; }
 
-    /// Sends what is pending and closes.
-    /// @return false when nothing is open, or when sending or closing failed; closed in any case
-    bool close();
+    /// Tells whether no error state, nor the end of the file, is set.
+    bool good() const { return state_ == std::ios_base::goodbit; }
 
-    /// Goes back to the start, where alone an attribute gives and takes its value.
-    /// @return false when the kernel refuses
-    bool rewind();
+    /// Forgets all error states.
+    void clear() { state_ = std::ios_base::goodbit; }
 
-    /// Sends @p text past what is pending, in one write.
-    /// @return false when the kernel refuses some of it
-    bool send(std::string_view text);
-
-    /// Reads a piece of the text, in place of what was read before; an empty piece is its end.
-    /// @return false when the kernel refuses
-    bool fill();
-
-    /// Takes a line out of the piece that was read, ended by a NUL in place of the newline; valid
-    /// until the next operation. Null when the piece holds no whole line: it then stays as it is.
-    const char* takeLine();
-
-  protected:
-    int_type underflow() override;
-    int_type overflow(int_type character) override;
-    int sync() override;
-    pos_type seekoff(off_type offset, std::ios_base::seekdir direction,
-                     std::ios_base::openmode which) override;
-    pos_type seekpos(pos_type position, std::ios_base::openmode which) override;
-
-  private:
-    void dropInput() { setg(nullptr, nullptr, nullptr); }
-    void dropOutput() { setp(output_.data(), output_.data() + output_.size()); }
-    bool sendPending();
-
-    // A value and its newline fit many times over; longer lines arrive in several reads.
-    static constexpr std::size_t bufferSize = 128;
-
-    int descriptor_ = -1;
-    std::array<char, bufferSize> input_;
-    std::array<char, bufferSize> output_;
-};
-
-/// Stream over a kernel attribute file, with the operations of a std::fstream opened for reading
-/// and writing. Numbers are plain digits whatever the process's locale is.
-class ZRAPI_EXPORT AttributeStream : public std::iostream {
-  public:
-    AttributeStream();
-    ~AttributeStream() override;
-
-    /// Opens @p path; sets the fail state when that is impossible, clears the state otherwise.
+    /// Opens @p path for reading and writing, without truncating it, and forgets all error states.
+    /// Sets the fail state when it cannot be opened or the object is open already.
     void open(const std::string& path);
 
-    bool is_open() const { return buffer_.isOpen(); }
+    bool is_open() const { return descriptor_ >= 0; }
 
-    /// Closes; sets the fail state when nothing was open or what was pending could not be sent.
+    /// Closes; sets the fail state when nothing was open or the kernel reports a failure.
     void close();
 
-    /// Replaces the value: seekp(0), write() and flush() in one step, with the error states of
-    /// these. A step of its own because the three together cost an eighth of the system calls.
-    void writeValue(std::string_view text);
+    /// Replaces the value: goes to the start and writes @p text, which ends in its line end.
+    /// Sets the fail state when it is not good() or cannot go to the start, the bad state when the
+    /// driver refuses the text.
+    void writeLine(std::string_view text);
 
-    /// Reads the value: seekg(0) and std::getline() in one step, with the error states of these.
-    /// @return the first line, valid until the next operation; empty on failure
-    const char* readValue();
+    /// Reads the value: goes to the start and reads one line.
+    ///
+    /// Sets the fail state when it is not good(), cannot go to the start, or finds no character or
+    /// more than a page; the bad state when the driver refuses; the end-of-file state when the line
+    /// has no line end.
+    ///
+    /// @param line  receives the line, ended by a NUL in place of its line end; empty on failure
+    void readLine(Line& line);
 
   private:
-    AttributeBuffer buffer_;
-    std::string longLine_;
+    void addState(std::ios_base::iostate states);
+    bool goToStart();
+    std::ios_base::iostate receiveLine(Line& line) const;
+
+    int descriptor_ = -1;
+    std::ios_base::iostate raising_ = std::ios_base::goodbit;
+    std::atomic<std::ios_base::iostate> state_{std::ios_base::goodbit};
 };
 
 }  // namespace ZR

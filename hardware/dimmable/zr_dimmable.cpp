@@ -2,20 +2,18 @@
 
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <exception>
+#include <ios>
 #include <limits>
-#include <string>
+#include <mutex>
 
 #include "common/zrapi_common/zr_debug.h"
 #include "common/zrapi_common/zr_result.h"
 #include "hardware/dimmable/dimmable_internal.h"
+#include "hardware/report_internal.h"
 
 namespace ZR {
-
-std::mutex ZRDimmable::displayMutex;
-std::mutex ZRDimmable::beeperMutex;
-std::mutex ZRDimmable::LEDMutex;
-unsigned int ZRDimmable::debugSection = ZRDebug::insertNewDebugSection("zr_dimmable");
 
 namespace {
 
@@ -31,15 +29,17 @@ bool makeUsable(AttributeStream& stream) {
     return stream.is_open() && stream.good();
 }
 
-void writeLine(AttributeStream& stream, unsigned int value) {
+void writeValue(AttributeStream& stream, unsigned int value) {
     std::array<char, std::numeric_limits<unsigned int>::digits10 + 2> text{};
     char* end = std::to_chars(text.begin(), text.end() - 1, value).ptr;
     *end++ = '\n';
-    stream.writeValue({text.data(), static_cast<std::size_t>(end - text.data())});
+    stream.writeLine({text.data(), static_cast<std::size_t>(end - text.data())});
 }
 
-int readLine(AttributeStream& stream) {
-    return parseRaw(stream.readValue());
+int readValue(AttributeStream& stream) {
+    AttributeStream::Line line;  // NOLINT(*-init): a page, filled by the read
+    stream.readLine(line);
+    return parseRaw(line.data());
 }
 
 }  // namespace
@@ -59,19 +59,20 @@ unsigned int ZRDimmable::getIntensity(unsigned int* intensity, ZRDimmableDevice 
     if (*intensity >= minimum)
         return ResultSuccess;
     // Reading a display that is too dark raises it; setIntensity() takes the lock itself.
-    if (setIntensity(minimum, DisplayBacklight) == ResultSuccess)
-        *intensity = minimum;
+    const unsigned int raised = minDisplayBacklightIntensity;
+    if (setIntensity(raised, DisplayBacklight) == ResultSuccess)
+        *intensity = raised;
     return ResultSuccess;
 }
 
 unsigned int ZRDimmable::readIntensity(AttributeStream& stream, unsigned int* intensity,
                                        ZRDimmableDevice device) {
-    // The texts name the display for every device; kept for the tools that search logs for them.
-    const char* report = "Reading from display backlight device file (file != good()) ";
+    // The texts name the display for every device; kept on purpose.
+    const char* text = "Reading from display backlight device file (file != good()) ";
     unsigned int result = ResultReadFailed;
     try {
         if (makeUsable(stream)) {
-            const int raw = readLine(stream);
+            const int raw = readValue(stream);
             const bool percent = intensityRule(device, isColorSupported(device), 0).readsPercent;
             *intensity = static_cast<unsigned int>(percent ? rawToPercent(raw) : raw);
             return ResultSuccess;
@@ -79,12 +80,11 @@ unsigned int ZRDimmable::readIntensity(AttributeStream& stream, unsigned int* in
         stream.clear();
         result = ResultFailure;
     } catch (const std::ios_base::failure&) {
-        report = "Reading from display backlight device file (std::ifstream::failure) ";
+        text = "Reading from display backlight device file (std::ifstream::failure) ";
     } catch (const std::exception&) {
-        report = "Reading from display backlight device file (std::exception) ";
+        text = "Reading from display backlight device file (std::exception) ";
     }
-    ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%d", report,
-                             static_cast<int>(device));
+    report(debugSection, "%s%d", text, static_cast<int>(device));
     // The display's stream is cleared whatever the device, on purpose: the others are cleared by
     // their next operation.
     if (result == ResultReadFailed)
@@ -100,8 +100,7 @@ unsigned int ZRDimmable::setIntensity(unsigned int intensity, ZRDimmableDevice d
     try {
         return writeIntensity(*stream, intensity, device);
     } catch (const std::exception&) {
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%d",
-                                 "Writing intensity to device file ", static_cast<int>(device));
+        report(debugSection, "%s%d", "Writing intensity to device file ", static_cast<int>(device));
         return ResultWriteFailed;
     }
 }
@@ -118,7 +117,7 @@ unsigned int ZRDimmable::writeIntensity(AttributeStream& stream, unsigned int in
                                  ", requested: ", static_cast<int>(intensity));
         return ResultValueOutOfRange;
     }
-    writeLine(stream, rule.writesPercent ? percentToRaw(intensity) : intensity);
+    writeValue(stream, rule.writesPercent ? percentToRaw(intensity) : intensity);
     if (!stream.good()) {
         stream.clear();
         ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%d",
@@ -146,8 +145,7 @@ unsigned int ZRDimmable::getColor(unsigned int* color, ZRDimmableDevice device) 
                 return ResultFailure;
         }
     } catch (const std::exception&) {
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s",
-                                 "Reading from LED device file");
+        report(debugSection, "%s", "Reading from LED device file");
         return ResultReadFailed;
     }
 }
@@ -156,20 +154,20 @@ unsigned int ZRDimmable::readColor(AttributeStream& stream, unsigned int* color,
                                    ZRDimmableDevice device) {
     if (!stream.is_open() || !stream.good())
         return ResultFailure;
-    const auto report = [device] {
+    const auto reportFailure = [device] {
         ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%d",
                                  "Reading from LED device file ", static_cast<int>(device));
     };
     int value = 0;
     try {
-        value = readLine(stream);
+        value = readValue(stream);
     } catch (const std::exception&) {
-        report();
+        reportFailure();
     }
     // A value that raised is reported here a second time; one without a line end only here.
     if (!stream.good()) {
         stream.clear();
-        report();
+        reportFailure();
         return ResultReadFailed;
     }
     *color = static_cast<unsigned int>(value);
@@ -193,19 +191,19 @@ unsigned int ZRDimmable::setColor(unsigned int color, ZRDimmableDevice device) {
 
 unsigned int ZRDimmable::writeRgbLed(unsigned int color) {
     const std::lock_guard<std::mutex> lock(LEDMutex);
-    const char* report = "Writing to LED device file";
+    const char* text = "Writing to LED device file";
     try {
         if (!rgbLedFile.is_open() || !rgbLedFile.good())
             return ResultFailure;
-        writeLine(rgbLedFile, color & highestColor);
+        writeValue(rgbLedFile, color & highestColor);
         if (rgbLedFile.good())
             return ResultSuccess;
     } catch (const std::exception&) {
-        report = "WRITING LED device file";
+        text = "WRITING LED device file";
     }
     // Cleared also after an exception: no later operation on this LED would do it.
     rgbLedFile.clear();
-    ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s", report);
+    report(debugSection, "%s", text);
     return ResultWriteFailed;
 }
 

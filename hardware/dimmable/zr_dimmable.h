@@ -23,11 +23,12 @@ enum ZRDimmableDevice : unsigned int {
 ///
 /// The devices are looked up and opened once, when the object is built; one that is missing then
 /// stays unusable until the process ends. Failures are reported to the debug section "zr_dimmable"
-/// and returned as result codes. A failure never spoils the next operation.
+/// and returned as result codes.
 ///
 /// Operations may be called from any thread. The display, the beeper and the RGB LED's colour have
 /// a lock each; the key and the encoder illumination have none, so two threads that use one of
-/// these two at once may interleave. A lock that cannot be taken raises std::system_error.
+/// these two at once may read or replace each other's value. A lock that cannot be taken raises
+/// std::system_error, except in getColor(), which answers 5.
 class ZRAPI_EXPORT ZRDimmable {
   public:
     /// Returns the object, built on the first call (from any thread) and destroyed at process exit.
@@ -48,8 +49,7 @@ class ZRAPI_EXPORT ZRDimmable {
     /// percent scaling, so a volume of 50 reads as 20.
     ///
     /// @param intensity  receives percent, or 0xRRGGBB of a key or encoder illumination with
-    /// colour;
-    ///                   unchanged with 1 and 5; must not be null
+    ///                   colour; unchanged with 1 and 5; must not be null
     /// @param device     any but RGBLED
     /// @return 0 success, 1 device invalid here or not open, 5 read failed
     virtual unsigned int getIntensity(unsigned int* intensity, ZRDimmableDevice device);
@@ -66,10 +66,12 @@ class ZRAPI_EXPORT ZRDimmable {
     /// Reads a colour.
     ///
     /// @param color   receives the driver's number, 0xRRGGBB; unchanged on failure; must not be
-    /// null
+    ///                null
     /// @param device  RGBLED, or a key or encoder illumination with colour
-    /// @return 0 success, 1 device invalid here, not open or not usable since its last failure,
-    ///         5 read failed (also a value without a line end), 11 device has no colour
+    /// @return 0 success, 1 device invalid here or not open, 5 read failed (also a value without a
+    ///         line end), 11 device has no colour. A key or encoder illumination whose last
+    ///         getIntensity(), setIntensity() or setColor() answered 5 or 6 answers 1 until one of
+    ///         these succeeds.
     virtual unsigned int getColor(unsigned int* color, ZRDimmableDevice device);
 
     /// Sets a colour. On a key or encoder illumination without colour the number is a percentage,
@@ -83,13 +85,15 @@ class ZRAPI_EXPORT ZRDimmable {
     /// Sets the least intensity that the display accepts and raises the display to it.
     ///
     /// @param intensity  percent, stored without a check: above 100 the display accepts nothing
-    /// @return 0 success, 1 the display cannot be read, or the result of setting it
+    /// @return 0 success, 1 the display cannot be read or is not open, 6 write failed, 24 the
+    ///         minimum is above 100
     virtual unsigned int setMinDisplayBacklightIntensity(unsigned int intensity);
 
     /// Reads the least intensity that the display accepts and raises the display to it.
     ///
     /// @param intensity  receives percent, in any case; must not be null
-    /// @return 0 success, 1 the display cannot be read, or the result of setting it
+    /// @return 0 success, 1 the display cannot be read or is not open, 6 write failed, 24 the
+    ///         minimum is above 100
     virtual unsigned int getMinDisplayBacklightIntensity(unsigned int* intensity);
 
     /// Tells whether a device takes a colour.

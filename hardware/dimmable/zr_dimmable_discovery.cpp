@@ -3,14 +3,23 @@
 
 #include <cerrno>
 #include <exception>
+#include <initializer_list>
+#include <mutex>
 #include <string>
 
+#include "common/zrapi_common/zr_debug.h"
 #include "common/zrapi_common/zr_eeprom.h"
 #include "common/zrapi_utility/zr_file_access.h"
 #include "hardware/dimmable/dimmable_internal.h"
 #include "hardware/print_line_internal.h"
 
 namespace ZR {
+
+std::mutex ZRDimmable::displayMutex;
+std::mutex ZRDimmable::beeperMutex;
+std::mutex ZRDimmable::LEDMutex;
+unsigned int ZRDimmable::debugSection = ZRDebug::insertNewDebugSection("zr_dimmable");
+
 namespace {
 
 constexpr char initialDisplayBrightness[] = "/sys/class/leds/bl:display/brightness";
@@ -112,7 +121,7 @@ ZRDimmable::~ZRDimmable() {
     // The encoder illumination is left to its member's own end, on purpose.
 }
 
-/// The "bl:display" LED is never probed: it is no backlight on any terminal with this kernel.
+/// The initial "bl:display" path is never probed; it is replaced on purpose.
 void ZRDimmable::findDisplayBacklight() {
     for (const char* const candidate : {platformDisplayBrightness, classDisplayBrightness}) {
         displayBacklightPath = candidate;

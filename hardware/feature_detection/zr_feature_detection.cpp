@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "common/zrapi_utility/zr_file_access.h"
 #include "common/zrapi_utility/zr_files_and_folders.h"
+#include "hardware/guarded_services_internal.h"
 
 namespace ZR {
 namespace {
@@ -21,7 +21,7 @@ bool contains(const std::string& text, const char* part) {
 bool detectSingleCore() {
     std::string compatible;
     // A system without a device tree is treated as the small variant.
-    if (readStringFromFile(compatibleFile, &compatible) != 0)
+    if (readText(compatibleFile, &compatible) != 0)
         return true;
     return contains(compatible, "imx6dl") || contains(compatible, "imx6ull");
 }
@@ -29,20 +29,21 @@ bool detectSingleCore() {
 }  // namespace
 
 // The paths are kept as texts from the first call on, so that a probe costs its stat and no heap.
+// They are never destroyed: a static object of the application may still ask when it ends.
 
 bool ZRFeatureDetection::hasEncoder() {
-    static const std::string path = encoderDevice;
+    static const auto& path = *new std::string(encoderDevice);
     return ZRFilesAndFolders::isFile(path);
 }
 
 bool ZRFeatureDetection::hasTouchscreen() {
-    static const std::string path = touchscreenDevice;
-    static const std::string otherPath = otherTouchscreenDevice;
+    static const auto& path = *new std::string(touchscreenDevice);
+    static const auto& otherPath = *new std::string(otherTouchscreenDevice);
     return ZRFilesAndFolders::isFile(path) || ZRFilesAndFolders::isFile(otherPath);
 }
 
 bool ZRFeatureDetection::hasKeyboard() {
-    static const std::string path = keyboardDevice;
+    static const auto& path = *new std::string(keyboardDevice);
     return ZRFilesAndFolders::isFile(path);
 }
 

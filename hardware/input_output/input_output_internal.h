@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "hardware/input_output/zr_input_output.h"
+
 namespace ZR {
 
 /// Where the numbered channels of one kind live.
@@ -21,6 +23,13 @@ inline constexpr ChannelGroup digitalOutputs{"/sys/bus/platform/devices/zr_do.",
                                              O_RDWR, "Opening digital output file"};
 inline constexpr ChannelGroup analogInputs{"/sys/class/analog/ai.", "/value", 4, O_RDONLY,
                                            "Opening analog input file"};
+
+/// The group of a digital input, a digital output or (any other type) an analog input.
+constexpr const ChannelGroup& channelGroup(zrIOType type) {
+    if (type == DigitalInput)
+        return digitalInputs;
+    return type == DigitalOutput ? digitalOutputs : analogInputs;
+}
 
 /// Tells whether @p channel (1-based) exists in @p group.
 constexpr bool contains(const ChannelGroup& group, unsigned short channel) {

@@ -8,8 +8,10 @@
 #include "common/zrapi_utility/zr_file_access.h"
 #include "common/zrapi_utility/zr_files_and_folders.h"
 #include "common/zrapi_utility/zr_to_string.h"
+#include "hardware/guarded_services_internal.h"
 #include "hardware/input_output/input_output_internal.h"
 #include "hardware/print_line_internal.h"
+#include "hardware/report_internal.h"
 
 namespace ZR {
 
@@ -63,10 +65,9 @@ unsigned int ZRInputOutput::on(bool value) {
     if (type != DigitalOutput)
         return ResultNotSupported;
     const char* const digit = value ? "1" : "0";
-    if (writeToFile(path, value ? 1 : 0) != 0) {
+    if (writeInteger(path, value ? 1 : 0) != 0) {
         printLine({"Set ", path, " to ", digit, " FAILED!"});
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%s",
-                                 "Writing state to file ", path.c_str());
+        report(debugSection, "%s%s", "Writing state to file ", path.c_str());
         return ResultWriteFailed;
     }
     printLine({"Set ", path, " to ", digit, " successful!"});
@@ -82,25 +83,22 @@ unsigned int ZRInputOutput::getState(bool* state) {
         case IgnitionInput:
             return getIgnitionState(state);
         default:
-            ZRDebug::debugPrintError(
-                ZRDebug::levelError, debugSection, "%s",
-                "Trying to get state from neither digital input or digital output.");
+            report(debugSection, "%s",
+                   "Trying to get state from neither digital input or digital output.");
             return ResultNotSupported;
     }
 }
 
 unsigned int ZRInputOutput::getDigitalState(bool* state) {
     int value = -1;
-    if (readIntegerFromFile(path, &value) != 0) {
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s", "Reading state");
+    if (readInteger(path, &value) != 0) {
+        report(debugSection, "%s", "Reading state");
         return ResultReadFailed;
     }
     *state = value != 0;
     if (value != 0 && value != 1) {
-        // The state is true before the failure shows, on purpose: a driver that answers with more
-        // than a bit has a signal.
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%s",
-                                 "Received not possible state from digital I/O ", path.c_str());
+        // The state is true before the failure shows, on purpose.
+        report(debugSection, "%s%s", "Received not possible state from digital I/O ", path.c_str());
         return ResultInvalidState;
     }
     lastValue = value;
@@ -109,8 +107,8 @@ unsigned int ZRInputOutput::getDigitalState(bool* state) {
 
 unsigned int ZRInputOutput::getIgnitionState(bool* state) {
     std::string text;
-    if (readStringFromFile(path, &text) != 0) {
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s", "Reading ignition state");
+    if (readText(path, &text) != 0) {
+        report(debugSection, "%s", "Reading ignition state");
         return ResultReadFailed;
     }
     *state = text == ignitionOn;
@@ -122,8 +120,8 @@ unsigned int ZRInputOutput::getValue(int* value) {
     if (!hasValue(type))
         return ResultNotSupported;
     int reading = -1;
-    if (readIntegerFromFile(path, &reading) != 0) {
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s", "Reading int value");
+    if (readInteger(path, &reading) != 0) {
+        report(debugSection, "%s", "Reading int value");
         return ResultReadFailed;
     }
     *value = lowSixteenBits(reading);

@@ -6,8 +6,6 @@
 
 namespace ZR {
 
-struct ChannelGroup;
-
 /// Kind of an I/O channel; the values are part of the interface.
 enum zrIOType : unsigned int {
     DigitalInput = 0,       ///< channels 1 to 4
@@ -38,9 +36,8 @@ class ZRAPI_EXPORT ZRInputOutput {
     ///
     /// @param type     kind of the channel
     /// @param channel  1-based number of a digital input, digital output or analog input; ignored
-    /// by
-    ///                 the other kinds. A number out of range binds nothing and is no failure: the
-    ///                 path stays "/dev/null".
+    ///                 by the other kinds. A number out of range is no failure, on purpose: the object
+    ///                 is bound to "/dev/null", where switching succeeds and reading fails.
     ZRInputOutput(zrIOType type, unsigned short channel);
     ZRInputOutput(const ZRInputOutput&) = delete;
     ZRInputOutput& operator=(const ZRInputOutput&) = delete;
@@ -58,32 +55,35 @@ class ZRAPI_EXPORT ZRInputOutput {
     /// Switches a digital output and prints one line about it to standard output.
     ///
     /// @param value  true switches on
-    /// @return 0 success, 6 write failed, 11 not a digital output
+    /// @return 0 success, 6 write failed, 11 not a digital output (nothing is printed then)
     unsigned int on(bool value);
 
     /// Reads the state of a digital input, a digital output or the ignition input.
     ///
     /// @param state  receives the state; unchanged with 5 and 11; true with 10; must not be null
-    /// @return 0 success, 5 read failed, 10 the driver gave neither 0 nor 1, 11 no such channel
-    /// type
+    /// @return 0 success, 5 read failed, 10 the driver gave neither 0 nor 1, 11 not allowed for
+    ///         this type
     unsigned int getState(bool* state);
 
     /// Reads an analog input or a sensor.
     ///
     /// @param value  receives the low 16 bits of the driver's number (0 to 65535), unscaled;
     ///               unchanged on failure; must not be null
-    /// @return 0 success, 5 read failed, 11 no such channel type
+    /// @return 0 success, 5 read failed, 11 not allowed for this type
     unsigned int getValue(int* value);
 
     /// Configures one analog input of the board, which need not be the object's own channel.
     ///
-    /// The hysteresis is recorded in the object and written in any case, the mode only when the
-    /// input has a measure mode. Failed writes show in no result.
+    /// The hysteresis is recorded in the object whatever follows, and written when the input has
+    /// that attribute, also with 11. The mode is checked, recorded and written only when the input
+    /// has a measure mode. Failed writes show in no result.
     ///
     /// @param port        1-based number of the analog input
-    /// @param mode        0 or 1: measure without load, 2: measure with the load switched on
-    /// @param hysteresis  change that the driver is to notify, in the driver's unit
-    /// @return 0 success, 1 a file service raised an exception, 11 mode out of range
+    /// @param mode        0, 1 or 2; 0 and 1 write the same measure mode, 2 another one and
+    ///                    switches the input's load on. Their physical meaning is the input circuit's.
+    /// @param hysteresis  passed to the driver as it is, in the driver's unit
+    /// @return 0 success, 1 a file service raised an exception, 11 mode out of range for an input
+    ///         with a measure mode
     unsigned int configureInput(int port, int mode, int hysteresis);
 
   protected:
@@ -102,13 +102,12 @@ class ZRAPI_EXPORT ZRInputOutput {
     int measureMode;     ///< last mode accepted by configureInput(), 0 before
 
   private:
-    unsigned int bind(const std::string& attribute, int flags, const char* report);
-    unsigned int bindChannel(zrIOType channelType, const ChannelGroup& group,
-                             unsigned short number);
+    unsigned int bind(const std::string& attribute, int flags, const char* text);
+    unsigned int bindChannel(zrIOType channelType, unsigned short number);
     unsigned int bindPowerSensor();
     unsigned int bindLightSensor();
     unsigned int bindIgnition();
-    unsigned int refuse(unsigned int result, const char* report);
+    unsigned int refuse(unsigned int result, const char* text);
     bool open(const std::string& attribute, int flags);
     unsigned int getDigitalState(bool* state);
     unsigned int getIgnitionState(bool* state);

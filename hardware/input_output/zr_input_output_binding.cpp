@@ -5,12 +5,12 @@
 #include <string>
 #include <vector>
 
-#include "common/zrapi_common/zr_debug.h"
 #include "common/zrapi_common/zr_result.h"
-#include "common/zrapi_utility/zr_file_access.h"
 #include "common/zrapi_utility/zr_files_and_folders.h"
+#include "hardware/guarded_services_internal.h"
 #include "hardware/input_output/input_output_internal.h"
 #include "hardware/input_output/zr_input_output.h"
+#include "hardware/report_internal.h"
 
 namespace ZR {
 namespace {
@@ -32,7 +32,7 @@ constexpr int lightScanIntervalDefault = 100;
 
 bool isIgnition(const std::string& nameFile) {
     std::string name;
-    (void)readStringFromFile(nameFile, &name);  // what cannot be read is not the ignition
+    (void)readText(nameFile, &name);  // what cannot be read is not the ignition
     // The second test compares the path and so never matches; kept: only a regulator named
     // "ignition-irq" is the ignition, one named "ignition" is not.
     return name == ignitionRegulator || nameFile == "ignition";
@@ -41,8 +41,10 @@ bool isIgnition(const std::string& nameFile) {
 /// The path of the ignition regulator's name attribute, or an empty text.
 std::string findIgnition() {
     std::vector<std::string> regulators;
-    (void)ZRFilesAndFolders::getAllFilesOrFoldersInFolder(regulatorFolder, regulators, 0,
-                                                          FilterFolders);
+    (void)statusOf([&regulators] {
+        return ZRFilesAndFolders::getAllFilesOrFoldersInFolder(regulatorFolder, regulators, 0,
+                                                               FilterFolders);
+    });
     for (const std::string& regulator : regulators) {
         std::string nameFile =
             ZRFilesAndFolders::addSlash(regulatorFolder + regulator) + regulatorName;
@@ -65,8 +67,7 @@ ZRInputOutput::ZRInputOutput(zrIOType type_, unsigned short channel_)
       reserved2(-1),
       measureMode(0) {
     if (initialize(type_, channel_) != ResultSuccess)
-        ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s",
-                                 "Initializing I/O interface");
+        report(debugSection, "%s", "Initializing I/O interface");
 }
 
 ZRInputOutput::~ZRInputOutput() {
@@ -76,11 +77,9 @@ ZRInputOutput::~ZRInputOutput() {
 unsigned int ZRInputOutput::initialize(zrIOType newType, unsigned short newChannel) {
     switch (newType) {
         case DigitalInput:
-            return bindChannel(newType, digitalInputs, newChannel);
         case DigitalOutput:
-            return bindChannel(newType, digitalOutputs, newChannel);
         case AnalogInput:
-            return bindChannel(newType, analogInputs, newChannel);
+            return bindChannel(newType, newChannel);
         case AnalogOutput:
             path = nullDevice;
             return refuse(ResultNotSupported, "Analog output not supported");
@@ -104,11 +103,10 @@ unsigned int ZRInputOutput::initialize(zrIOType newType, unsigned short newChann
     }
 }
 
-unsigned int ZRInputOutput::bindChannel(zrIOType channelType, const ChannelGroup& group,
-                                        unsigned short number) {
+unsigned int ZRInputOutput::bindChannel(zrIOType channelType, unsigned short number) {
     type = channelType;
-    // A channel out of range is a quiet success on purpose: applications create the channels of the
-    // largest terminal on every terminal.
+    const ChannelGroup& group = channelGroup(channelType);
+    // A channel out of range is a quiet success on purpose.
     if (!contains(group, number))
         return ResultSuccess;
     return bind(channelPath(group, number), group.openFlags, group.openReport);
@@ -124,8 +122,8 @@ unsigned int ZRInputOutput::bindPowerSensor() {
 unsigned int ZRInputOutput::bindLightSensor() {
     type = LightSensor;
     // A sensor without these attributes still measures.
-    (void)writeToFile(lightHysteresis, lightHysteresisDefault);
-    (void)writeToFile(lightScanInterval, lightScanIntervalDefault);
+    (void)writeInteger(lightHysteresis, lightHysteresisDefault);
+    (void)writeInteger(lightScanInterval, lightScanIntervalDefault);
     return bind(lightValue, O_RDONLY, "Opening light sensor file");
 }
 
@@ -136,10 +134,10 @@ unsigned int ZRInputOutput::bindIgnition() {
     return bind(ignitionInputPath, O_RDONLY, "Opening ignition input file");
 }
 
-unsigned int ZRInputOutput::bind(const std::string& attribute, int flags, const char* report) {
+unsigned int ZRInputOutput::bind(const std::string& attribute, int flags, const char* text) {
     if (open(attribute, flags))
         return ResultSuccess;
-    ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s", report);
+    report(debugSection, "%s", text);
     return ResultOpenFailed;
 }
 
@@ -151,10 +149,10 @@ bool ZRInputOutput::open(const std::string& attribute, int flags) {
     return fileDescriptor >= 0;
 }
 
-unsigned int ZRInputOutput::refuse(unsigned int result, const char* report) {
+unsigned int ZRInputOutput::refuse(unsigned int result, const char* text) {
     type = InvalidType;
     fileDescriptor = -1;
-    ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s", report);
+    report(debugSection, "%s", text);
     return result;
 }
 
