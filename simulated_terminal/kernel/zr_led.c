@@ -92,7 +92,7 @@ static int led_attach(struct zr_device *device)
 	int ret;
 
 	memset(&led->class, 0, sizeof(led->class));
-	led->class.name = led->name;
+	led->class.name = device->name;
 	led->class.max_brightness = led->maximum;
 	led->class.brightness_set = led_set;
 	led->class.brightness_get = led_get;
@@ -100,6 +100,17 @@ static int led_attach(struct zr_device *device)
 	ret = led_classdev_register(NULL, &led->class);
 	if (ret)
 		return ret;
+	/*
+	 * The class shows the files before it sets up the lock that a read of
+	 * "trigger" takes: such a read would leave that lock held for ever.
+	 * Under its own name the LED therefore appears only when complete.
+	 */
+	ret = device_rename(led->class.dev, led->name);
+	if (ret) {
+		led_classdev_unregister(&led->class);
+		return ret;
+	}
+	led->class.name = led->name;
 	led->class.dev->type = &led_type;
 	WRITE_ONCE(led->logged, true);
 	return 0;
@@ -110,6 +121,14 @@ static void led_detach(struct zr_device *device)
 	struct zr_led *led = container_of(device, struct zr_led, device);
 
 	WRITE_ONCE(led->logged, false);
+	/*
+	 * The class takes the trigger off first and the files away last. A
+	 * trigger that user space attaches in between would keep a pointer to
+	 * an LED that is gone. A claimed LED takes none.
+	 */
+	mutex_lock(&led->class.led_access);
+	led_sysfs_disable(&led->class);
+	mutex_unlock(&led->class.led_access);
 	led_classdev_unregister(&led->class);
 }
 
