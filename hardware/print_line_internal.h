@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <exception>
 #include <initializer_list>
 #include <iostream>
+#include <memory_resource>
 #include <string>
 #include <string_view>
 
@@ -13,7 +15,10 @@ namespace ZR {
 /// exception mask the application has set on std::cout.
 inline void printLine(std::initializer_list<std::string_view> parts) {
     try {
-        std::string line;
+        std::array<char, 256> room;  // NOLINT(*-init): filled by the line
+        std::pmr::monotonic_buffer_resource memory(room.data(), room.size());
+        std::pmr::string line(&memory);  // on the heap only beyond the room
+        line.reserve(room.size() - 1);
         for (const std::string_view part : parts)
             line += part;
         line += '\n';
