@@ -47,12 +47,12 @@ bool addPair(const Comparison& comparison, long operations, Samples& samples) {
     return floor >= 0 && library >= 0;
 }
 
-/// Says what is wrong with the costs, or nothing.
+/// Says what is wrong with the costs, or nothing. What cannot be counted here is not judged.
 std::string judgeCosts(const Row& row, long allowedAllocations) {
     if (row.library.systemCalls != row.floor.systemCalls)
         return "more or fewer system calls than the floor";
-    if (allowedAllocations >= 0 && row.library.allocations != allowedAllocations)
-        return "heap allocations";
+    if (row.library.allocations >= 0 && row.library.allocations != allowedAllocations)
+        return "more or fewer allocations than allowed";
     return {};
 }
 

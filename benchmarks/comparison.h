@@ -38,7 +38,7 @@ struct Comparison {
     Batch library;
     std::function<bool()> floorOnce;
     std::function<bool()> libraryOnce;
-    long allowedAllocations = 0;  ///< negative: reported only
+    long allowedAllocations = 0;
     long longestBatch = 4096;
 };
 
