@@ -85,7 +85,7 @@ std::string ToolProcess::readLine() {
     while (pending_.find('\n') == std::string::npos && readSome()) {
     }
     const std::size_t end = pending_.find('\n');
-    const std::string line = pending_.substr(0, end);
+    std::string line = pending_.substr(0, end);
     pending_.erase(0, end == std::string::npos ? end : end + 1);
     return line;
 }
