@@ -91,10 +91,10 @@ int runGet(const Words& words, const CommonOptions& common) {
     if (arguments.operands().empty())
         throw UsageError("dimmable get needs a device: display, key, encoder, rgb or beeper");
     std::vector<const DeviceName*> devices;
-    devices.reserve(arguments.operands().size());
     for (const std::string& word : arguments.operands())
         devices.push_back(&parseDevice(word));
     std::vector<Report> reports;
+    reports.reserve(devices.size());
     for (const DeviceName* const device : devices)
         reports.push_back(readReport(*device, readDevice(*device)));
     return show(reports, "devices", common);
@@ -154,11 +154,12 @@ int runMin(const Words& words, const CommonOptions& common) {
     report.thing = "display";
     report.outcome = minimumOutcome(set ? dimmable.setMinDisplayBacklightIntensity(minimum)
                                         : dimmable.getMinDisplayBacklightIntensity(&minimum));
-    // The library stores and gives the minimum also when the display cannot follow.
-    report.text =
-        std::string("display minimum ") + (set ? "set to " : "") + std::to_string(minimum) + " %";
-    if (set && report.outcome.succeeded())
-        report.text += ": " + describeResult(report.outcome.result);
+    // The library gives the minimum also when the display cannot follow.
+    if (!set)
+        report.text = "display minimum " + std::to_string(minimum) + " %";
+    else if (report.outcome.succeeded())
+        report.text = "display minimum set to " + std::to_string(minimum) +
+                      " %: " + describeResult(report.outcome.result);
     report.json.addText("device", "display").addBool("present", isPresent(parseDevice("display")));
     report.json.addNumber("minimum", minimum).addText("unit", "%");
     return show(report, common);

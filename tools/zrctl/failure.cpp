@@ -53,7 +53,7 @@ std::string adviseOnAttribute(const std::string& path, int access) {
         return path + " is missing; check that the board has this device and its driver is loaded";
     if (error != 0)
         return "no permission for " + path + "; run zrctl as root or ask for access to that file";
-    return "the driver behind " + path + " failed or gave no usable value; see the kernel log";
+    return "the driver behind " + path + " refused or gave no usable value; see the kernel log";
 }
 
 }  // namespace zrctl
