@@ -97,8 +97,20 @@ std::ios_base::iostate AttributeStream::receiveLine(Line& line) const {
         }
         end += received;
     }
-    line.front() = '\0';
-    return std::ios_base::failbit;
+    *limit = '\0';
+    return skipLine();
+}
+
+/// No attribute is longer than a page; what claims to be is read to its line end like any line.
+std::ios_base::iostate AttributeStream::skipLine() const {
+    std::array<char, 256> piece;  // NOLINT(*-init): filled by the read
+    for (;;) {
+        const ssize_t received = readOnce(descriptor_, piece.data(), piece.size());
+        if (received <= 0)
+            return received < 0 ? std::ios_base::badbit : std::ios_base::eofbit;
+        if (std::find(piece.data(), piece.data() + received, '\n') != piece.data() + received)
+            return std::ios_base::goodbit;
+    }
 }
 
 void AttributeStream::addState(std::ios_base::iostate states) {

@@ -56,17 +56,18 @@ class ZRAPI_EXPORT AttributeStream {
 
     /// Reads the value: goes to the start and reads one line.
     ///
-    /// Sets the fail state when it is not good(), cannot go to the start, or finds no character or
-    /// more than a page; the bad state when the driver refuses; the end-of-file state when the line
-    /// has no line end.
+    /// Sets the fail state when it is not good(), cannot go to the start, or finds no character; the
+    /// bad state when the driver refuses; the end-of-file state when the line has no line end.
     ///
-    /// @param line  receives the line, ended by a NUL in place of its line end; empty on failure
+    /// @param line  receives the line, ended by a NUL in place of its line end, and of a line longer
+    ///              than a page what comes first
     void readLine(Line& line);
 
   private:
     void addState(std::ios_base::iostate states);
     bool goToStart();
     std::ios_base::iostate receiveLine(Line& line) const;
+    std::ios_base::iostate skipLine() const;
 
     int descriptor_ = -1;
     std::ios_base::iostate raising_ = std::ios_base::goodbit;
