@@ -30,7 +30,7 @@ kvm_boots() {
 ask_kvm() {
     local boot key known
     kvm_answer=broken
-    read -r boot </proc/sys/kernel/random/boot_id
+    read -r boot </proc/sys/kernel/random/boot_id || boot=unknown
     key="$release $boot"
     if [[ -r $KVM_ANSWER ]]; then
         IFS=: read -r known kvm_answer <"$KVM_ANSWER"

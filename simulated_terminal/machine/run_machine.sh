@@ -105,12 +105,14 @@ check_module_parameters() {
 }
 
 run_machine() {
-    local arguments archive=$BASE_ARCHIVE settings number conductor=()
+    local arguments archive=$BASE_ARCHIVE settings number file conductor=()
     need_program qemu-system-x86_64 qemu-system-x86
     check_module_parameters
     choose_accelerator
     [[ $with_module == no ]] || archive=$TERMINAL_ARCHIVE
-    [[ -r $kernel/vmlinux && -r $archive ]] || fail "cannot read the kernel below $work"
+    for file in "$kernel/vmlinux" "$archive"; do
+        [[ -r $file ]] || fail "cannot read $file"
+    done
     compose_qemu_arguments "$accelerator" "$archive"
     for number in "${!writable_folders[@]}"; do
         export_folder "writable$number" "${writable_folders[number]}"
