@@ -1,6 +1,7 @@
 #include "benchmarks/comparison.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "benchmarks/cost_count.h"
@@ -104,16 +105,28 @@ void run(benchmark::State& state, const Comparison& comparison, Row& row) {
     report(state, row);
 }
 
+class ComparisonBenchmark : public benchmark::Fixture {
+  public:
+    ComparisonBenchmark(Comparison comparison, std::size_t row)
+        : comparison_(std::move(comparison)), row_(row) {
+        SetName(comparison_.operation.c_str());
+    }
+
+  protected:
+    void BenchmarkCase(benchmark::State& state) override { run(state, comparison_, table[row_]); }
+
+  private:
+    Comparison comparison_;
+    std::size_t row_;
+};
+
 }  // namespace
 
 void registerComparison(Comparison comparison) {
-    const std::size_t index = table.size();
     table.emplace_back();
-    const std::string name = comparison.operation;
-    benchmark::RegisterBenchmark(name.c_str(), [index,
-                                                comparison = std::move(comparison)](auto& state) {
-        run(state, comparison, table[index]);
-    })->UseManualTime();
+    auto benchmark = std::make_unique<ComparisonBenchmark>(std::move(comparison), table.size() - 1);
+    benchmark->UseManualTime();
+    benchmark::internal::RegisterBenchmarkInternal(benchmark.release());  // who owns it from now on
 }
 
 const std::vector<Row>& rows() {
