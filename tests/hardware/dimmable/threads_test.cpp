@@ -1,0 +1,109 @@
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "tests/hardware/dimmable/dimmable_board.h"
+#include "tests/support/private_root.h"
+
+// For the thread sanitizer above all. The key and the encoder illumination have no lock, on
+// purpose, and are used by one thread only.
+
+namespace ZR::test {
+namespace {
+
+using DimmableThreads = DimmableTest;
+
+constexpr int rounds = 200;
+
+/// Runs @p step again and again in @p count threads; false when one of them ever answers false.
+bool runThreads(int count, const std::function<bool(int)>& step) {
+    std::vector<std::thread> threads;
+    std::atomic<bool> allGood{true};
+    threads.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
+        threads.emplace_back([&] {
+            for (int round = 0; round < rounds; ++round)
+                if (!step(round))
+                    allGood = false;
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    return allGood;
+}
+
+TEST_F(DimmableThreads, the_display_may_be_used_by_several) {
+    makeBoard();
+    EXPECT_TRUE(runThreads(4, [](int round) {
+        const unsigned int value = round % 2 == 0 ? 20 : 30;
+        const bool set = device().setIntensity(value, DisplayBacklight) == 0;
+        const Reading reading = getIntensity(DisplayBacklight);
+        return set && reading.result == 0 && (reading.value == 20 || reading.value == 30);
+    }));
+    EXPECT_EQ(reports(), Reports{});
+}
+
+TEST_F(DimmableThreads, the_beeper_may_be_used_by_several) {
+    makeBoard();
+    makeFile(beeperFile, "50\n");
+    EXPECT_TRUE(runThreads(4, [](int round) {
+        const bool set = device().setIntensity(round % 2 == 0 ? 50 : 51, Beeper) == 0;
+        return set && getIntensity(Beeper) == Reading{0, 20};
+    }));
+    EXPECT_EQ(reports(), Reports{});
+}
+
+TEST_F(DimmableThreads, the_rgb_led_may_be_used_by_several) {
+    makeBoard();
+    makeFile(rgbFile, "1\n");
+    EXPECT_TRUE(runThreads(4, [](int round) {
+        const unsigned int color = round % 2 == 0 ? 1 : 2;
+        const bool set = device().setColor(color, RGBLED) == 0;
+        const Reading reading = getColor(RGBLED);
+        return set && reading.result == 0 && (reading.value == 1 || reading.value == 2);
+    }));
+    EXPECT_EQ(reports(), Reports{});
+}
+
+TEST_F(DimmableThreads, the_minimum_may_change_while_others_read_and_set) {
+    makeBoard();
+    EXPECT_TRUE(runThreads(4, [](int round) {
+        const unsigned int minimum = round % 2 == 0 ? 10 : 20;
+        return device().setMinDisplayBacklightIntensity(minimum) == 0 &&
+               device().setIntensity(50, DisplayBacklight) == 0 && getMinimum().result == 0;
+    }));
+    EXPECT_EQ(reports(), Reports{});
+}
+
+TEST_F(DimmableThreads, different_devices_do_not_disturb_each_other) {
+    makeColorBoard();
+    std::atomic<int> next{0};
+    EXPECT_TRUE(runThreads(5, [&next](int) {
+        thread_local const int mine = next++;
+        switch (mine) {
+            case 0:
+                return device().setIntensity(50, DisplayBacklight) == 0;
+            case 1:
+                return device().setIntensity(50, KeyBacklight) == 0;
+            case 2:
+                return device().setColor(50, EncoderBacklight) == 0;
+            case 3:
+                return device().setColor(50, RGBLED) == 0;
+            default:
+                return device().setIntensity(50, Beeper) == 0;
+        }
+    }));
+    EXPECT_EQ(reports(), Reports{});
+}
+
+TEST_F(DimmableThreads, a_failure_of_one_device_may_meet_the_use_of_the_display) {
+    makeBoard();
+    makeFile(beeperFile, "");
+    EXPECT_TRUE(runThreads(4, [](int round) {
+        if (round % 2 == 0)
+            return getIntensity(Beeper).result == 5;
+        return device().setIntensity(50, DisplayBacklight) == 0;
+    }));
+}
+
+}  // namespace
+}  // namespace ZR::test
