@@ -1,0 +1,160 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "tests/hardware/fault_injection/fault_case.h"
+#include "tests/support/output_capture.h"
+#include "tests/support/report_log.h"
+#include "tests/support/system_call_tracer.h"
+
+namespace ZR::test {
+
+CallRule fails(const std::string& call, const std::string& outcome) {
+    return {call, outcome, outcome, outcome, good, good, {}};
+}
+
+CallRule repeats(const std::string& call, const std::string& outcome) {
+    return {call, outcome, outcome, good, good, good, {}};
+}
+
+CallRule lists(const std::string& outcome, const std::string& ended) {
+    return {"getdents64", outcome, ended, good, good, good, {}};
+}
+
+CallRule hides(const std::string& call, const std::string& reason) {
+    return {call, good, good, good, good, good, reason};
+}
+
+void PrintTo(const FaultCase& each, std::ostream* stream) {
+    *stream << each.name;
+}
+
+namespace {
+
+/// Between the outcome of the operation that meets the fault and that of the next one.
+constexpr char separator[] = "\nafterwards: ";
+
+/// Calls that talk to files; memory and threads are the C library's own business.
+bool talksToFiles(const std::string& name) {
+    for (const char* const each :
+         {"openat", "read", "write", "close", "lseek", "stat", "fstat", "getdents64"})
+        if (name == each)
+            return true;
+    return false;
+}
+
+/// One name for what C libraries and machines call differently.
+std::string plainName(const SystemCall& call) {
+    if (call.name == "newfstatat" || call.name == "statx")
+        return call.text.empty() ? "fstat" : "stat";
+    return call.name;
+}
+
+std::string outcome(const FaultCase& each, const std::function<std::string()>& operate) {
+    ReportLog log;
+    OutputCapture capture;
+    std::string text = operate();
+    capture.release();
+    for (const Report& report : log.reports()) {
+        EXPECT_EQ(report.level, 1);
+        text += " | " + report.message;
+    }
+    if (!capture.output().empty())
+        text += " | " + capture.output();
+    if (each.observe)
+        text += " | " + each.observe();
+    return text;
+}
+
+/// The operation under @p plan, and once more without.
+Trace run(const FaultCase& each, const FaultPlan& plan) {
+    each.layOut();
+    return traceSystemCalls(
+        [&each](TracedRun& traced) {
+            {
+                // The first line of a process also makes the C library's buffer.
+                const OutputCapture capture;
+                std::cout << std::endl;
+            }
+            if (each.prepare)
+                each.prepare();
+            traced.say(outcome(each, [&] {
+                traced.begin();
+                std::string text = each.operate();
+                traced.end();
+                return text;
+            }));
+            traced.say(separator + outcome(each, each.operate));
+        },
+        plan);
+}
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from))
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+class FaultInjection : public testing::TestWithParam<FaultCase> {
+  protected:
+    void SetUp() override {
+        if (!whyNotTraceable().empty())
+            GTEST_SKIP() << whyNotTraceable();
+    }
+
+    static void expectOutcome(const std::string& expected, const std::string& afterwards,
+                              const Fault& fault) {
+        SCOPED_TRACE(fault.error == 0 ? "short count" : std::strerror(fault.error));
+        const std::string next = expected == good ? good : afterwards;
+        const Trace trace = run(GetParam(), {{fault}, {}});
+        const std::string text =
+            replaced(replaced(expected + separator + next, good, GetParam().goodOutcome), "{error}",
+                     std::to_string(fault.error));
+        EXPECT_FALSE(trace.died);
+        EXPECT_EQ(trace.text, text);
+        ASSERT_GT(trace.calls.size(), fault.index);
+        EXPECT_TRUE(trace.calls[fault.index].injected);
+    }
+};
+
+TEST_P(FaultInjection, each_system_call_may_fail_once) {
+    const Trace trace = run(GetParam(), {});
+    EXPECT_EQ(trace.text, GetParam().goodOutcome + separator + GetParam().goodOutcome);
+    auto rule = GetParam().calls.begin();
+    for (std::size_t index = 0; index < trace.calls.size(); ++index) {
+        const std::string name = plainName(trace.calls[index]);
+        if (!talksToFiles(name))
+            continue;
+        ASSERT_NE(rule, GetParam().calls.end()) << "one call more: " << trace.calls[index];
+        ASSERT_EQ(rule->call, name) << trace.names();
+        SCOPED_TRACE("call " + std::to_string(index) + ", " + name + ". " + rule->reason);
+        expectOutcome(rule->failed, rule->afterwards, {index, EIO, 0});
+        expectOutcome(rule->failed, rule->afterwards, {index, EACCES, 0});
+        expectOutcome(rule->missing, rule->afterwards, {index, ENOENT, 0});
+        expectOutcome(rule->interrupted, rule->afterwards, {index, EINTR, 0});
+        if (name == "read" || name == "write")
+            expectOutcome(rule->shortened, good, {index, 0, 1});
+        ++rule;
+    }
+    EXPECT_EQ(rule, GetParam().calls.end()) << "fewer calls: " << trace.names();
+}
+
+std::string nameOf(const testing::TestParamInfo<FaultCase>& info) {
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Dimmable, FaultInjection, testing::ValuesIn(dimmableCases()), nameOf);
+INSTANTIATE_TEST_SUITE_P(InputOutput, FaultInjection, testing::ValuesIn(inputOutputCases()),
+                         nameOf);
+INSTANTIATE_TEST_SUITE_P(FeatureDetection, FaultInjection,
+                         testing::ValuesIn(featureDetectionCases()), nameOf);
+INSTANTIATE_TEST_SUITE_P(FileServices, FaultInjection, testing::ValuesIn(fileServiceCases()),
+                         nameOf);
+
+}  // namespace
+}  // namespace ZR::test
