@@ -11,7 +11,10 @@
 
 #include <array>
 #include <csignal>
+#include <filesystem>
 #include <stdexcept>
+
+#include "tests/support/private_root.h"
 
 namespace ZR::test {
 namespace {
@@ -29,6 +32,15 @@ constexpr int longestWaitMilliseconds = 30000;
     ::_exit(127);
 }
 
+/// The private /proc has no entries of its own for new processes, and a sanitizer's end-of-program
+/// check looks for its process by number.
+void linkOwnProcess() {
+    const std::string number = std::to_string(::getpid());
+    const std::filesystem::path machine = std::filesystem::read_symlink("/proc/self");
+    removeFile("/proc/" + number);
+    makeLink("/proc/" + number, machine.parent_path() / number);
+}
+
 std::string contentOf(int file) {
     std::string content;
     std::array<char, 4096> block;
@@ -37,6 +49,18 @@ std::string contentOf(int file) {
            0)
         content.append(block.data(), static_cast<std::size_t>(size));
     return content;
+}
+
+/// What goes wrong here ends the child; it must not go on as a second test program.
+[[noreturn]] void becomeProgram(int output, int errors, const std::string& program,
+                                const std::vector<std::string>& arguments,
+                                const ChildSetup& setup) noexcept {
+    linkOwnProcess();
+    (void)::dup2(output, STDOUT_FILENO);
+    (void)::dup2(errors, STDERR_FILENO);
+    if (setup)
+        setup();
+    startProgram(program, arguments);
 }
 
 }  // namespace
@@ -48,13 +72,8 @@ ToolProcess::ToolProcess(const std::string& program, const std::vector<std::stri
     if (errors_ < 0 || ::pipe2(pipe.data(), O_CLOEXEC) != 0)
         throw std::runtime_error("no descriptors for a program's output");
     process_ = ::fork();
-    if (process_ == 0) {
-        (void)::dup2(pipe[1], STDOUT_FILENO);
-        (void)::dup2(errors_, STDERR_FILENO);
-        if (setup)
-            setup();
-        startProgram(program, arguments);
-    }
+    if (process_ == 0)
+        becomeProgram(pipe[1], errors_, program, arguments, setup);
     ::close(pipe[1]);
     output_ = pipe[0];
 }
