@@ -31,6 +31,11 @@ constexpr char markerFile[] = "/dev/.machine/private";
 
 constexpr std::array keptDevices{"null", "zero", "full", "tty", "random", "urandom"};
 
+// Handed to the child of a process with several threads: the mounts that are not the child's own.
+constexpr char outerNamespace[] = "ZRAPI_TEST_OUTER_NAMESPACE";
+// No status of GoogleTest or of a sanitizer.
+constexpr int refusedStatus = 125;
+
 bool machineIsPrivate = false;
 
 void check(bool succeeded, const std::string& what) {
@@ -157,39 +162,69 @@ void layFolders() {
     makeEmptyFile(markerFile);
 }
 
-[[noreturn]] void runAgainInside(char* const* arguments) {
-    (void)::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    try {
-        check(enterNamespaces(), "user namespace");
-        layFolders();
-    } catch (const std::runtime_error& error) {
-        // The program that is run next reports what is missing.
-        (void)::setenv("ZRAPI_TEST_NOT_PRIVATE", error.what(), 1);
-    }
-    ::execv("/proc/self/exe", arguments);
-    ::_exit(127);
+/// Which mounts this process sees, as the kernel names them.
+std::string mountNamespace() {
+    std::array<char, 64> name{};
+    (void)!::readlink("/proc/self/ns/mnt", name.data(), name.size() - 1);
+    return name.data();
 }
 
-[[noreturn]] void runAgain(char* const* arguments) {
+void writeBare(const char* path, const char* text, std::size_t size) {
+    const long file = ::syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CLOEXEC);
+    (void)::syscall(SYS_write, file, text, size);
+    (void)::syscall(SYS_close, file);
+}
+
+/// What the child of a process with several threads does: bare system calls only, because another
+/// thread may have held any lock of the C library or of the sanitizer when the child was made.
+[[noreturn]] void enterAndExecute(char* const* arguments, const std::string& userMap,
+                                  const std::string& groupMap) {
+    (void)::syscall(SYS_prctl, PR_SET_PDEATHSIG, SIGKILL, 0, 0, 0);
+    if (::syscall(SYS_unshare, CLONE_NEWUSER | CLONE_NEWNS) == 0) {
+        writeBare("/proc/self/setgroups", "deny", 4);
+        writeBare("/proc/self/uid_map", userMap.data(), userMap.size());
+        writeBare("/proc/self/gid_map", groupMap.data(), groupMap.size());
+    } else if (::syscall(SYS_unshare, CLONE_NEWNS) != 0) {
+        (void)::syscall(SYS_exit_group, refusedStatus);
+    }
+    (void)::syscall(SYS_execve, "/proc/self/exe", arguments, environ);
+    for (;;)
+        (void)::syscall(SYS_exit_group, refusedStatus);
+}
+
+/// Runs the program again in a child inside the namespaces and leaves with its status. Returns
+/// when they are refused.
+void runAgain(char* const* arguments) {
+    const std::string userMap = "0 " + std::to_string(::getuid()) + " 1";
+    const std::string groupMap = "0 " + std::to_string(::getgid()) + " 1";
+    check(::setenv(outerNamespace, mountNamespace().c_str(), 1) == 0, "setenv");
     // Not fork(): a sanitizer would start its thread again in the child.
     const auto child = static_cast<pid_t>(::syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0));
     if (child == 0)
-        runAgainInside(arguments);
+        enterAndExecute(arguments, userMap, groupMap);
     int status = 0;
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
+    if (WIFEXITED(status) && WEXITSTATUS(status) == refusedStatus)
+        return;
     ::_exit(WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status));
+}
+
+/// True in the child that runAgain() has made.
+bool isInsideNamespaces() {
+    const char* const outer = std::getenv(outerNamespace);
+    return outer != nullptr && mountNamespace() != outer;
 }
 
 }  // namespace
 
 std::string enterPrivateMachine(char* const* arguments) {
-    if (const char* const reason = std::getenv("ZRAPI_TEST_NOT_PRIVATE"))
-        return reason;
     try {
         if (::access(markerFile, F_OK) != 0) {
-            if (!enterNamespaces())
+            if (!isInsideNamespaces() && !enterNamespaces()) {
                 runAgain(arguments);
+                return "user and mount namespaces are refused";
+            }
             layFolders();
         }
     } catch (const std::runtime_error& error) {

@@ -249,6 +249,10 @@ void TracedRun::say(const std::string& text) {
 }
 
 std::string whyNotTraceable() {
+#ifdef __SANITIZE_THREAD__
+    // Seen to spin for ever in sched_yield: its own thread in the child is not the one traced.
+    return "the thread sanitizer can block in a traced child";
+#endif
     if (!knowsRegisters())
         return "the tracer does not know this machine's registers";
     static const std::string reason = [] {
