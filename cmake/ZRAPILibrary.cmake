@@ -9,6 +9,8 @@ function(zrapi_shared_library target export_name)
                EXPORT_NAME ${export_name}
                VERSION ${PROJECT_VERSION}
                SOVERSION ${PROJECT_VERSION_MAJOR}
+               # Installed anywhere, the libraries find each other beside themselves.
+               INSTALL_RPATH "$ORIGIN"
                CXX_VISIBILITY_PRESET hidden
                C_VISIBILITY_PRESET hidden
                VISIBILITY_INLINES_HIDDEN ON)
