@@ -7,11 +7,12 @@
 
 namespace ZR {
 
-/// The file services for operations that must not raise: those of another maker may.
-/// Each returns the service's status, or -1 for one that raised.
+// The file services for operations that must not raise: those of another maker may. Only standard
+// exceptions are caught: what ends a thread passes.
 
+/// Returns the service's status, or -1 when it raised a standard exception.
 template <typename Service>
-int statusOf(Service service) noexcept {
+int statusOf(Service service) {
     try {
         return service();
     } catch (const std::exception&) {
@@ -19,15 +20,15 @@ int statusOf(Service service) noexcept {
     }
 }
 
-inline int readInteger(const std::string& path, int* value) noexcept {
+inline int readInteger(const std::string& path, int* value) {
     return statusOf([&] { return readIntegerFromFile(path, value); });
 }
 
-inline int readText(const std::string& path, std::string* text) noexcept {
+inline int readText(const std::string& path, std::string* text) {
     return statusOf([&] { return readStringFromFile(path, text); });
 }
 
-inline int writeInteger(const std::string& path, int value) noexcept {
+inline int writeInteger(const std::string& path, int value) {
     return statusOf([&] { return writeToFile(path, value); });
 }
 

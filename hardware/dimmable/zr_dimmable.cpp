@@ -14,7 +14,6 @@
 #include "hardware/report_internal.h"
 
 namespace ZR {
-
 namespace {
 
 /// Takes the lock, or none for a device that is used without one.
