@@ -15,6 +15,7 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "tests/support/sanitizer_pipes.h"
 #include "tests/support/tracee.h"
 
 namespace ZR::test {
@@ -103,8 +104,10 @@ class Tracer {
     bool recording_ = false;
     bool inside_ = false;
     bool pending_ = false;
+    bool sanitizers_ = false;
     int error_ = 0;
     SystemCall call_;
+    SanitizerPipes pipes_;
     std::map<long, std::size_t> seen_;
 };
 
@@ -132,7 +135,8 @@ void Tracer::enter(Trace& trace) {
     const CallEntry entry = callAtEntry(process_);
     if (isMarker(entry, endMarker))
         recording_ = false;
-    if (recording_) {
+    sanitizers_ = recording_ && pipes_.enter(entry);
+    if (recording_ && !sanitizers_) {
         pending_ = true;
         error_ = 0;
         call_ = {entry.number, nameOf(entry.number), entry.arguments, {}, 0, 0, false};
@@ -168,6 +172,8 @@ void Tracer::apply(int error, std::size_t count) {
 
 void Tracer::leave(Trace& trace) {
     inside_ = false;
+    if (sanitizers_)
+        pipes_.leave(process_, resultAtExit(process_));
     if (!pending_)
         return;
     pending_ = false;
