@@ -14,13 +14,14 @@ namespace ZR::test {
 
 /// What happens when one system call of an operation goes wrong.
 struct CallRule {
-    std::string call;         ///< name, as in the good run
-    std::string failed;       ///< outcome when it fails with EIO or EACCES
-    std::string missing;      ///< outcome when it fails with ENOENT
-    std::string interrupted;  ///< outcome when it fails with EINTR
-    std::string shortened;    ///< outcome when it moves one byte only
-    std::string afterwards;   ///< outcome of the next operation after a visible failure
-    std::string reason;       ///< why the fault does not show
+    std::string call;                   ///< name, as in the good run
+    std::string failed;                 ///< outcome when it fails with EIO or EACCES
+    std::string missing;                ///< outcome when it fails with ENOENT
+    std::string interrupted;            ///< outcome when it fails with EINTR
+    std::string shortened;              ///< outcome when it moves one byte only
+    std::string afterwards;             ///< outcome of the next operation after a visible failure
+    std::string reason;                 ///< why the fault does not show
+    std::string afterwardsShortened{};  ///< outcome of the next operation after a visible short one
 };
 
 /// Outcome of the good run.
@@ -46,10 +47,12 @@ struct FaultCase {
     std::function<std::string()> observe;  ///< further outcome, looked up without being traced
     std::string goodOutcome;
     std::vector<CallRule> calls;  ///< all system calls of the good run, in their order
+    std::string nextOutcome{};    ///< outcome of a good operation after it, where it differs
 };
 
 void PrintTo(const FaultCase& each, std::ostream* stream);
 
+std::vector<FaultCase> dimmableBuildingCases();
 std::vector<FaultCase> dimmableCases();
 std::vector<FaultCase> inputOutputCases();
 std::vector<FaultCase> featureDetectionCases();

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <iostream>
 #include <ostream>
@@ -39,6 +41,10 @@ namespace {
 /// Between the outcome of the operation that meets the fault and that of the next one.
 constexpr char separator[] = "\nafterwards: ";
 
+std::string separated(const std::string& first, const std::string& next) {
+    return first + separator + next;
+}
+
 /// Calls that talk to files; memory and threads are the C library's own business.
 bool talksToFiles(const std::string& name) {
     for (const char* const each :
@@ -53,6 +59,16 @@ std::string plainName(const SystemCall& call) {
     if (call.name == "newfstatat" || call.name == "statx")
         return call.text.empty() ? "fstat" : "stat";
     return call.name;
+}
+
+/// Which of the calls of its kind a call is, counted from 1. Its place among all calls is not the
+/// same in each run: where a sanitizer owns the heap, memory comes from the kernel at other times.
+std::size_t occurrence(const Trace& trace, std::size_t index) {
+    const auto first = trace.calls.begin();
+    const long number = trace.calls[index].number;
+    return static_cast<std::size_t>(
+        std::count_if(first, first + static_cast<std::ptrdiff_t>(index) + 1,
+                      [number](const SystemCall& call) { return call.number == number; }));
 }
 
 std::string outcome(const FaultCase& each, const std::function<std::string()>& operate) {
@@ -103,31 +119,33 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 class FaultInjection : public testing::TestWithParam<FaultCase> {
   protected:
     void SetUp() override {
-#ifdef __SANITIZE_ADDRESS__
-        GTEST_SKIP() << "the sanitizer makes system calls of its own";
-#endif
         if (!whyNotTraceable().empty())
             GTEST_SKIP() << whyNotTraceable();
     }
 
+    /// Outcome of a good operation that is not the first.
+    static std::string nextGood() {
+        return GetParam().nextOutcome.empty() ? GetParam().goodOutcome : GetParam().nextOutcome;
+    }
+
     static void expectOutcome(const std::string& expected, const std::string& afterwards,
-                              const Fault& fault) {
+                              const NumberedFault& fault) {
         SCOPED_TRACE(fault.error == 0 ? "short count" : std::strerror(fault.error));
-        const std::string next = expected == good ? good : afterwards;
-        const Trace trace = run(GetParam(), {{fault}, {}});
+        const Trace trace = run(GetParam(), {{}, {fault}});
         const std::string text =
-            replaced(replaced(expected + separator + next, good, GetParam().goodOutcome), "{error}",
-                     std::to_string(fault.error));
+            separated(expected, expected == good || afterwards == good ? nextGood() : afterwards);
         EXPECT_FALSE(trace.died);
-        EXPECT_EQ(trace.text, text);
-        ASSERT_GT(trace.calls.size(), fault.index);
-        EXPECT_TRUE(trace.calls[fault.index].injected);
+        EXPECT_EQ(trace.text, replaced(replaced(text, good, GetParam().goodOutcome), "{error}",
+                                       std::to_string(fault.error)));
+        EXPECT_EQ(std::count_if(trace.calls.begin(), trace.calls.end(),
+                                [](const SystemCall& call) { return call.injected; }),
+                  1);
     }
 };
 
 TEST_P(FaultInjection, each_system_call_may_fail_once) {
     const Trace trace = run(GetParam(), {});
-    EXPECT_EQ(trace.text, GetParam().goodOutcome + separator + GetParam().goodOutcome);
+    EXPECT_EQ(trace.text, separated(GetParam().goodOutcome, nextGood()));
     auto rule = GetParam().calls.begin();
     for (std::size_t index = 0; index < trace.calls.size(); ++index) {
         const std::string name = plainName(trace.calls[index]);
@@ -135,13 +153,18 @@ TEST_P(FaultInjection, each_system_call_may_fail_once) {
             continue;
         ASSERT_NE(rule, GetParam().calls.end()) << "one call more: " << trace.calls[index];
         ASSERT_EQ(rule->call, name) << trace.names();
+        const long number = trace.calls[index].number;
+        const std::size_t nth = occurrence(trace, index);
+        const auto failing = [number, nth](int error) {
+            return NumberedFault{number, nth, error, 0};
+        };
         SCOPED_TRACE("call " + std::to_string(index) + ", " + name + ". " + rule->reason);
-        expectOutcome(rule->failed, rule->afterwards, {index, EIO, 0});
-        expectOutcome(rule->failed, rule->afterwards, {index, EACCES, 0});
-        expectOutcome(rule->missing, rule->afterwards, {index, ENOENT, 0});
-        expectOutcome(rule->interrupted, rule->afterwards, {index, EINTR, 0});
+        expectOutcome(rule->failed, rule->afterwards, failing(EIO));
+        expectOutcome(rule->failed, rule->afterwards, failing(EACCES));
+        expectOutcome(rule->missing, rule->afterwards, failing(ENOENT));
+        expectOutcome(rule->interrupted, rule->afterwards, failing(EINTR));
         if (name == "read" || name == "write")
-            expectOutcome(rule->shortened, good, {index, 0, 1});
+            expectOutcome(rule->shortened, rule->afterwardsShortened, {number, nth, 0, 1});
         ++rule;
     }
     EXPECT_EQ(rule, GetParam().calls.end()) << "fewer calls: " << trace.names();
@@ -152,6 +175,8 @@ std::string nameOf(const testing::TestParamInfo<FaultCase>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Dimmable, FaultInjection, testing::ValuesIn(dimmableCases()), nameOf);
+INSTANTIATE_TEST_SUITE_P(DimmableBuilding, FaultInjection,
+                         testing::ValuesIn(dimmableBuildingCases()), nameOf);
 INSTANTIATE_TEST_SUITE_P(InputOutput, FaultInjection, testing::ValuesIn(inputOutputCases()),
                          nameOf);
 INSTANTIATE_TEST_SUITE_P(FeatureDetection, FaultInjection,
