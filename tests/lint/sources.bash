@@ -3,8 +3,8 @@
 
 cd "$1" || exit
 
-# The project's files that git knows or would add, by pathspec; without git (an unpacked archive)
-# all files below the tree but the build folder.
+# The project's files that git knows or would add, by pathspec; without git (not installed, someone
+# else's clone, an unpacked archive) all files below the tree but git's own and the build folder.
 project_files() {
     if git rev-parse --git-dir >/dev/null 2>&1; then
         git ls-files --cached --others --exclude-standard -- "$@" | while IFS= read -r file; do
@@ -13,7 +13,7 @@ project_files() {
     else
         local pattern
         for pattern in "$@"; do
-            find . -path ./build -prune -o -type f -path "./$pattern" -print | sed 's|^\./||'
+            find . \( -path ./build -o -path ./.git \) -prune -o -type f -path "./$pattern" -print | sed 's|^\./||'
         done
     fi
 }
