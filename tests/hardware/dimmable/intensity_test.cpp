@@ -236,22 +236,6 @@ TEST_F(DimmableGetIntensity, reads_the_first_line_only) {
     EXPECT_EQ(getIntensity(KeyBacklight), (Reading{0, 100}));
 }
 
-TEST_F(DimmableGetIntensity, reads_a_line_of_a_whole_page) {
-    makeBoard();
-    makeFile(keyFile, std::string(4092, ' ') + "255\n");
-    EXPECT_EQ(getIntensity(KeyBacklight), (Reading{0, 100}));
-}
-
-TEST_F(DimmableGetIntensity, a_line_longer_than_a_page_counts_by_its_start) {
-    makeBoard();
-    makeFile(keyFile, "255 " + std::string(5000, 'x') + '\n');
-    EXPECT_EQ(getIntensity(KeyBacklight), (Reading{0, 100}));
-    EXPECT_TRUE(Inside::stream(KeyBacklight).good());
-    makeFile(keyFile, "255 " + std::string(5000, 'x'));
-    EXPECT_EQ(getIntensity(KeyBacklight), (Reading{0, 100}));
-    EXPECT_FALSE(Inside::stream(KeyBacklight).good());
-}
-
 TEST_F(DimmableGetIntensity, a_value_without_a_newline_reads_again_and_again) {
     makeBoard();
     makeFile(keyFile, "255");

@@ -1,12 +1,12 @@
 #include <functional>
+#include <string>
 #include <thread>
 #include <vector>
 
 #include "tests/hardware/dimmable/dimmable_board.h"
 #include "tests/support/private_root.h"
 
-// For the thread sanitizer above all. The key and the encoder illumination have no lock, on
-// purpose, and are used by one thread only.
+// For the thread sanitizer above all.
 
 namespace ZR::test {
 namespace {
@@ -70,6 +70,51 @@ TEST_F(DimmableThreads, the_minimum_may_change_while_others_read_and_set) {
         const unsigned int minimum = round % 2 == 0 ? 10 : 20;
         return device().setMinDisplayBacklightIntensity(minimum) == 0 &&
                device().setIntensity(50, DisplayBacklight) == 0 && getMinimum().result == 0;
+    }));
+    EXPECT_EQ(reports(), Reports{});
+}
+
+/// Threads that share a file without a lock also share the place where they read and write. Here
+/// every place within their reach is the start of a line, so the value is always one of theirs; the
+/// two values differ in one digit, so none is half one and half the other.
+void makeSharedIllumination(const char* path) {
+    constexpr int lines = 16384;
+    std::string content;
+    for (int i = 0; i < lines; ++i)
+        content += "128\n";
+    makeFile(path, content);
+}
+
+TEST_F(DimmableThreads, key_and_encoder_may_be_used_by_several_without_a_lock) {
+    makeBoard();
+    makeSharedIllumination(keyFile);
+    makeSharedIllumination(encoderFile);
+    EXPECT_TRUE(runThreads(4, [](int round) {
+        bool allGood = true;
+        for (const ZRDimmableDevice each : {KeyBacklight, EncoderBacklight}) {
+            const bool set = device().setIntensity(round % 2 == 0 ? 50 : 58, each) == 0;
+            const Reading reading = getIntensity(each);
+            allGood = allGood && set && reading.result == 0 &&
+                      (reading.value == 50 || reading.value == 58);
+        }
+        return allGood;
+    }));
+    EXPECT_EQ(reports(), Reports{});
+}
+
+TEST_F(DimmableThreads, a_colour_of_key_and_encoder_may_be_read_by_several_without_a_lock) {
+    makeColorBoard();
+    makeSharedIllumination(keyFile);
+    makeSharedIllumination(encoderFile);
+    EXPECT_TRUE(runThreads(4, [](int round) {
+        bool allGood = true;
+        for (const ZRDimmableDevice each : {KeyBacklight, EncoderBacklight}) {
+            const bool set = device().setIntensity(round % 2 == 0 ? 128 : 148, each) == 0;
+            const Reading reading = getColor(each);
+            allGood = allGood && set && reading.result == 0 &&
+                      (reading.value == 128 || reading.value == 148);
+        }
+        return allGood;
     }));
     EXPECT_EQ(reports(), Reports{});
 }
