@@ -138,6 +138,7 @@ prepare_machine() {
     if everything_is_current; then
         return
     fi
+    need_plain_work
     need_writable_work
     umask 022
     take_lock

@@ -46,6 +46,15 @@ has_stamp() {
     [[ $stamp == "$fingerprint" ]]
 }
 
+# Asked before anything is downloaded.
+need_plain_work() {
+    case $work in
+        *[[:space:]:]*)
+            fail "the kernel's build cannot handle blanks and colons in '$work': set ZRAPI_BUILD_DIR to another folder"
+            ;;
+    esac
+}
+
 need_writable_work() {
     if ! mkdir -p "$work" 2>/dev/null || [[ ! -w $work ]]; then
         fail "cannot write to $work: set ZRAPI_BUILD_DIR to a folder of your own"
