@@ -148,6 +148,14 @@ TEST_F(AttributeStreamCalls, a_driver_that_takes_nothing_has_refused) {
     EXPECT_EQ(trace.count("write"), 1U);
 }
 
+TEST_F(AttributeStreamCalls, a_value_that_the_driver_takes_in_pieces_arrives_whole) {
+    const auto write = [](AttributeStream& stream) { stream.writeLine("new\n"); };
+    const Trace trace = traceOperation(write, {SYS_write, 1, 0, 1});
+    EXPECT_EQ(trace.text, "good open");
+    EXPECT_EQ(trace.names(), "lseek write write");
+    EXPECT_EQ(readFile(path), "new\n");
+}
+
 TEST_F(AttributeStreamCalls, the_end_closes_what_is_open_and_nothing_else) {
     const Trace trace = traceSystemCalls([](TracedRun& run) {
         run.begin();

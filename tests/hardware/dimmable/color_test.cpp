@@ -83,6 +83,18 @@ TEST_F(DimmableSetColor, returns_1_without_a_report_when_the_device_is_not_open)
     EXPECT_EQ(reports(), Reports{});
 }
 
+TEST_F(DimmableSetColor, returns_1_without_a_report_when_the_rgb_stream_is_not_good) {
+    makeBoard();
+    AttributeStream& stream = Inside::stream(RGBLED);
+    stream.exceptions(std::ios::goodbit);
+    makeFile(rgbFile, "");
+    AttributeStream::Line line{};
+    stream.readLine(line);
+    EXPECT_EQ(device().setColor(1, RGBLED), 1U);
+    EXPECT_EQ(readFile(rgbFile), "");
+    EXPECT_EQ(reports(), Reports{});
+}
+
 TEST_F(DimmableSetColor, returns_6_and_reports_when_the_kernel_refuses_the_colour) {
     makeColorBoard();
     (void)device();

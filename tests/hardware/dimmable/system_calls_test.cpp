@@ -142,6 +142,20 @@ TEST_F(DimmableSystemCalls, a_value_costs_a_seek_and_one_write_of_number_and_new
     }
 }
 
+TEST_F(DimmableSystemCalls, a_value_that_the_driver_takes_in_pieces_arrives_whole) {
+    makeBoard();
+    EXPECT_EQ(traceOperation([] { return ZRDimmable::getInstance()->setIntensity(100, Beeper); },
+                             {{}, {{SYS_write, 1, 0, 1}}})
+                  .text,
+              "0");
+    EXPECT_EQ(firstLine(beeperFile), "100\n");
+    EXPECT_EQ(traceOperation([] { return ZRDimmable::getInstance()->setColor(0xFFFFFF, RGBLED); },
+                             {{}, {{SYS_write, 1, 0, 7}}})
+                  .text,
+              "0");
+    EXPECT_EQ(firstLine(rgbFile), "16777215\n");
+}
+
 TEST_F(DimmableSystemCalls, a_reading_costs_a_seek_and_one_read) {
     makeColorBoard();
     const std::vector<std::function<unsigned int()>> operations{

@@ -119,6 +119,26 @@ TEST_F(DimmableThreads, a_colour_of_key_and_encoder_may_be_read_by_several_witho
     EXPECT_EQ(reports(), Reports{});
 }
 
+TEST_F(DimmableThreads, a_failing_illumination_may_be_used_by_several_without_a_lock) {
+    makeBoard();
+    (void)device();
+    makeFile(keyFile, "");
+    {
+        const RefusedWrites refused;
+        // 1 where another thread's failure comes between the look at the stream and its use.
+        EXPECT_TRUE(runThreads(4, [](int) {
+            const Reading reading = getIntensity(KeyBacklight);
+            const unsigned int set = device().setIntensity(50, KeyBacklight);
+            return (reading == Reading{5, untouched} || reading == Reading{1, untouched}) &&
+                   (set == 6 || set == 1);
+        }));
+    }
+    makeFile(keyFile, "128\n");
+    EXPECT_EQ(getIntensity(KeyBacklight), (Reading{0, 50}));
+    EXPECT_EQ(device().setIntensity(100, KeyBacklight), 0U);
+    EXPECT_EQ(readFile(keyFile), "255\n");
+}
+
 TEST_F(DimmableThreads, different_devices_do_not_disturb_each_other) {
     makeColorBoard();
     std::atomic<int> next{0};
