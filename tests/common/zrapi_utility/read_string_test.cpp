@@ -15,7 +15,7 @@ namespace {
 constexpr char path[] = "/sys/class/regulator/regulator.0/name";
 constexpr char untouched[] = "untouched";
 constexpr std::size_t page = 4096;
-constexpr std::size_t mebibyte = 1024 * 1024;
+constexpr std::size_t mebibyte = std::size_t{1024} * 1024;
 
 /// The text of a file with this content, which must be readable.
 std::string textOf(const std::string& content) {
