@@ -9,6 +9,8 @@
 namespace ZR {
 namespace {
 
+// The platform library's twins of these two are its own: the maker's may have none.
+
 /// Writes all of it; false when the kernel refuses some.
 bool writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
