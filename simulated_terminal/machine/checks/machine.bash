@@ -1,0 +1,68 @@
+# shellcheck shell=bash disable=SC2016,SC2154  # the guest's shell expands; the parts share their variables
+# What the machine and the driver module are given, and how fast it starts.
+
+readonly WARM_BOOT_LIMIT_MS=8000
+
+test_machine_options() {
+    run --processors 2 --console -- sh -c 'nproc; grep MemTotal /proc/meminfo' </dev/null
+    expect_text "machine_options: processors" '^2$' "$scratch/out"
+    expect_text "machine_options: the console is shown" 'Linux version 6\.' "$scratch/err"
+    local total
+    total=$(awk '/MemTotal/ { print int($2 / 1024) }' "$scratch/out")
+    if ((total > memory - 200 && total <= memory)); then
+        passed "machine_options: memory"
+    else
+        failed "machine_options: memory" "$total MB of $memory MB"
+    fi
+}
+
+test_module() {
+    local with_module=(--memory "$memory")
+    "$terminal" --prepare
+    [[ -e $build/simulated_terminal/module/zr_terminal.ko ]] ||
+        { skipped module "there is no module"; return 0; }
+    status=0
+    "$terminal" "${with_module[@]}" --variant quad --input touchscreen0,keyboard0 -- sh -c '
+        cat /sys/module/zr_terminal/parameters/variant; test -d /sys/kernel/debug/zr_terminal && echo knobs
+        cat "/sys/class/input/$(readlink /dev/input/touchscreen0)/device/name"
+        test -e /dev/input/encoder0 || echo no encoder' >"$scratch/out" 2>"$scratch/err" </dev/null || status=$?
+    expect "module: variant, knobs and input names" "0 quad knobs zr touchscreen no encoder" \
+        "$status $(tr '\n' ' ' <"$scratch/out" | sed 's/ $//')"
+    status=0
+    "$terminal" --module-parameter no_such=1 -- true 2>"$scratch/err" </dev/null || status=$?
+    expect "module: 126 for an unknown parameter" 126 "$status"
+    expect_text "module: which are there" "no parameter 'no_such'; it has: .*variant" "$scratch/err"
+}
+
+# time_start: one start without work; sets `took` and `processor`, in milliseconds.
+time_start() {
+    local TIMEFORMAT='%3R %3U %3S' real user system
+    { time "$terminal" -- true </dev/null 2>/dev/null; } 2>"$scratch/time"
+    read -r real user system <"$scratch/time"
+    took=$((10#${real/./}))
+    processor=$((10#${user/./} + 10#${system/./}))
+}
+
+# On a busy host the clock says nothing; the processor time of the start always does.
+test_warm_boot() {
+    local try took processor load best=999999 least=999999
+    for try in 1 2 3; do
+        time_start
+        ((took >= best)) || best=$took
+        ((processor >= least)) || least=$processor
+        ((best >= WARM_BOOT_LIMIT_MS)) || break
+    done
+    read -r load _ </proc/loadavg
+    if ((best < WARM_BOOT_LIMIT_MS)); then
+        passed "warm_boot: to a command and back in $best ms (try $try)"
+    elif ((${load%.*} > $(nproc))); then
+        skipped "warm_boot: the clock" "$best ms, but the load of the host is $load"
+    else
+        failed "warm_boot" "$best ms at best of $try"
+    fi
+    if ((least < WARM_BOOT_LIMIT_MS)); then
+        passed "warm_boot: $least ms of processor time"
+    else
+        failed "warm_boot: processor time" "$least ms at best of $try"
+    fi
+}
