@@ -101,6 +101,27 @@ TEST_F(AttributeStreams, a_line_without_its_end_is_there_and_leaves_a_state) {
     EXPECT_FALSE(stream.good());
 }
 
+TEST_F(AttributeStreams, a_refused_line_is_bad_and_not_only_failed) {
+    makeDeviceNode("/sys/full", "full");
+    AttributeStream stream;
+    stream.open("/sys/full");
+    stream.exceptions(std::ios_base::failbit);
+    EXPECT_NO_THROW(stream.writeLine("new\n"));
+    stream.clear();
+    stream.exceptions(std::ios_base::badbit);
+    EXPECT_THROW(stream.writeLine("new\n"), std::ios_base::failure);
+}
+
+TEST_F(AttributeStreams, keeps_an_earlier_state_beside_a_later_one) {
+    makeDeviceNode("/sys/full", "full");
+    AttributeStream stream;
+    stream.open("/sys/full");
+    stream.writeLine("refused\n");
+    stream.writeLine("not good any more\n");
+    stream.exceptions(std::ios_base::badbit);
+    EXPECT_THROW(stream.writeLine("bad still\n"), std::ios_base::failure);
+}
+
 /// "good" or "bad", then "open" or "closed".
 std::string wordsOf(const AttributeStream& stream) {
     return std::string(stream.good() ? "good " : "bad ") + (stream.is_open() ? "open" : "closed");

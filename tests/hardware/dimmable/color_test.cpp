@@ -138,6 +138,13 @@ TEST_F(DimmableGetColor, reads_the_rgb_led_unscaled_and_unmasked) {
     EXPECT_EQ(getColor(RGBLED), (Reading{0, UINT_MAX}));
 }
 
+TEST_F(DimmableGetColor, a_number_too_large_saturates_at_32_bits) {
+    makeBoard();
+    (void)device();
+    makeFile(rgbFile, "4294967295\n");
+    EXPECT_EQ(getColor(RGBLED), (Reading{0, INT_MAX}));
+}
+
 TEST_F(DimmableGetColor, reads_colour_illuminations_unscaled) {
     makeColorBoard();
     makeFile(keyFile, "3430008\n");

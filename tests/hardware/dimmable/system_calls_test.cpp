@@ -172,6 +172,13 @@ TEST_F(DimmableSystemCalls, a_reading_costs_a_seek_and_one_read) {
     }
 }
 
+TEST_F(DimmableSystemCalls, a_value_that_breaks_off_is_a_failed_read) {
+    makeBoard();
+    const FaultPlan breakOff{{}, {{SYS_read, 1, 0, 1}, {SYS_read, 2, EIO, 0}}};
+    EXPECT_EQ(traceOperation([] { return getIntensity(KeyBacklight).result; }, breakOff).text, "5");
+    EXPECT_EQ(traceOperation([] { return getColor(RGBLED).result; }, breakOff).text, "5");
+}
+
 TEST_F(DimmableSystemCalls, a_dark_display_is_read_then_written) {
     makeBoard();
     makeFile(platformDisplay, "3\n");
