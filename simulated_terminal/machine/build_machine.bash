@@ -7,7 +7,7 @@ readonly GUEST_COMMANDS="sh mount umount mkdir ln insmod usleep sleep reboot dme
     switch_root"
 
 machine_is_current() {
-    local files=("$machine_sources"/*.[ch] "$machine_sources"/*.sh
+    local files=("$machine_sources"/*.[ch] "$machine_sources"/*.bash
         "$machine_sources/init" "$machine_sources/kernel_modules")
     take_fingerprint "$release $work" "${files[@]}"
     machine_fingerprint=$fingerprint
