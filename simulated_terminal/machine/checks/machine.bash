@@ -32,6 +32,11 @@ test_module() {
     "$terminal" --module-parameter no_such=1 -- true 2>"$scratch/err" </dev/null || status=$?
     expect "module: 126 for an unknown parameter" 126 "$status"
     expect_text "module: which are there" "no parameter 'no_such'; it has: .*variant" "$scratch/err"
+    status=0
+    "$terminal" "${with_module[@]}" --module-parameter key=pink -- true 2>"$scratch/err" </dev/null || status=$?
+    expect "module: 125 for a word that a parameter does not know" 125 "$status"
+    expect_text "module: the first line says so" '^terminal: .*refused its parameters' "$scratch/err"
+    expect_text "module: the console names it" 'parameter key does not know "pink"' "$scratch/err"
 }
 
 # time_start: one start without work; sets `took` and `processor`, in milliseconds.
