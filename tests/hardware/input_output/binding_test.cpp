@@ -173,7 +173,7 @@ TEST(Binding, initialize_leaves_the_number_that_the_constructor_recorded) {
 }
 
 TEST(Binding, an_open_that_a_signal_interrupted_is_repeated) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile("/sys/bus/platform/devices/zr_di.0/state", "1\n");
     const Trace trace = traceSystemCalls(
@@ -190,7 +190,7 @@ TEST(Binding, an_open_that_a_signal_interrupted_is_repeated) {
 }
 
 TEST(Binding, any_error_of_the_open_fails_with_2) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile("/sys/bus/platform/devices/zr_do.0/state", "1\n");
     for (const int error : {EACCES, EIO, ENODEV, EMFILE}) {

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "hardware/input_output/zr_input_output.h"
-#include "tests/support/allocation_counter.h"
 #include "tests/support/report_log.h"
 #include "tests/support/system_call_tracer.h"
 
@@ -45,12 +44,6 @@ inline bool isOpen(int descriptor) {
 
 inline bool closesOnExec(int descriptor) {
     return (::fcntl(descriptor, F_GETFD) & FD_CLOEXEC) != 0;
-}
-
-/// An empty text, or the reason why the calls of a channel cannot be counted here; skip with it.
-inline std::string whyNotCountable() {
-    // Before each use of an object with a virtual table the sanitizer looks at it with a pipe.
-    return canCountAllocations() ? whyNotTraceable() : "a sanitizer makes calls of its own";
 }
 
 /// O_RDONLY, O_WRONLY or O_RDWR.

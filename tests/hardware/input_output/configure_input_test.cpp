@@ -204,7 +204,7 @@ TEST(ConfigureInput, a_global_locale_that_groups_digits_changes_nothing) {
 }
 
 TEST(ConfigureInput, writes_the_mode_the_load_and_the_hysteresis_in_this_order) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     const Attributes input("0");
     input.makeAll();
@@ -225,7 +225,7 @@ TEST(ConfigureInput, writes_the_mode_the_load_and_the_hysteresis_in_this_order) 
 }
 
 TEST(ConfigureInput, writes_that_the_driver_refuses_show_in_no_result) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     const Attributes input("0");
     input.makeAll();

@@ -127,7 +127,7 @@ TEST(GetState, a_driver_that_goes_fails_the_read_and_one_that_comes_back_is_read
 }
 
 TEST(GetState, any_error_of_a_call_returns_5_and_the_next_read_works) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(input, "1\n");
     for (const long call : {SYS_openat, SYS_read})
@@ -150,7 +150,7 @@ TEST(GetState, any_error_of_a_call_returns_5_and_the_next_read_works) {
 }
 
 TEST(GetState, costs_three_system_calls_on_the_path_and_no_heap) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(input, "1\n");
     const Trace trace = traceSystemCalls([](TracedRun& run) {

@@ -106,7 +106,7 @@ TEST(GetValue, a_sensor_that_goes_fails_the_read_and_one_that_comes_back_is_read
 }
 
 TEST(GetValue, any_transient_error_returns_5_and_the_next_read_works) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(input, "12\n");
     for (const int error : {EIO, EAGAIN, ENODATA, ENXIO, ETIMEDOUT, ENODEV, EACCES}) {
@@ -128,7 +128,7 @@ TEST(GetValue, any_transient_error_returns_5_and_the_next_read_works) {
 }
 
 TEST(GetValue, costs_three_system_calls_on_the_path_and_no_heap) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(input, "12\n");
     const Trace trace = traceSystemCalls([](TracedRun& run) {

@@ -90,7 +90,7 @@ TEST(Ignition, the_first_of_two_in_the_order_of_their_names_is_taken) {
 }
 
 TEST(Ignition, the_search_ends_at_the_first_match) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeRegulator("regulator.1", "ignition-irq\n");
     makeRegulator("regulator.2", "ignition-irq\n");
@@ -132,7 +132,7 @@ TEST(Ignition, entries_that_are_no_folders_or_have_no_name_are_passed_over) {
 }
 
 TEST(Ignition, a_name_that_cannot_be_read_does_not_end_the_search) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeRegulator("regulator.0", "vcc\n");
     makeRegulator("regulator.1", "ignition-irq\n");
@@ -156,7 +156,7 @@ TEST(Ignition, the_path_is_found_once_and_used_by_later_channels) {
 }
 
 TEST(Ignition, a_later_channel_opens_the_path_without_listing_the_regulators) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeRegulator("regulator.1", "ignition-irq\n");
     const Trace trace = traceBinding();
@@ -202,7 +202,7 @@ TEST(Ignition, without_any_regulators_it_fails_with_2) {
 }
 
 TEST(Ignition, a_failed_search_is_repeated_by_every_later_channel) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeRegulator("regulator.0", "vcc\n");
     const Trace trace = traceBinding();

@@ -34,7 +34,7 @@ TEST(Lifetime, the_destructor_closes_by_a_pointer_to_the_base) {
 }
 
 TEST(Lifetime, the_destructor_closes_minus_1_as_well) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     const Trace trace = traceSystemCalls([](TracedRun& run) {
         const ReportLog log;
@@ -73,7 +73,7 @@ TEST(Lifetime, a_failed_initialization_leaves_the_old_descriptor_open) {
 }
 
 TEST(Lifetime, binding_costs_one_open) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(input, "1\n");
     const Trace trace = traceSystemCalls([](TracedRun& run) {

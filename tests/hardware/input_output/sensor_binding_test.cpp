@@ -91,7 +91,7 @@ TEST(PowerSensor, fails_with_2_without_either_and_keeps_the_path_of_the_battery)
 }
 
 TEST(PowerSensor, tries_the_supply_first) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(battery, "12000\n");
     EXPECT_EQ(tracedBinding(PowerSensor),
@@ -108,7 +108,7 @@ TEST(LightSensor, configures_and_binds_the_sensor) {
 }
 
 TEST(LightSensor, is_configured_before_it_is_opened) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     for (const char* const path : {light, lightHysteresis, lightScanInterval})
         makeFile(path, "0\n");
@@ -125,7 +125,7 @@ TEST(LightSensor, works_without_the_attributes_that_configure_it) {
 }
 
 TEST(LightSensor, works_when_the_driver_refuses_the_configuration) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     for (const char* const path : {light, lightHysteresis, lightScanInterval})
         makeFile(path, "0\n");

@@ -108,7 +108,7 @@ TEST(SwitchOutput, the_line_of_a_failure_comes_before_its_report) {
 }
 
 TEST(SwitchOutput, a_write_that_the_driver_refuses_fails_and_the_next_one_works) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(output, "0\n");
     for (const int error : {EIO, EBUSY, EINVAL}) {
@@ -156,7 +156,7 @@ TEST(SwitchOutput, the_format_of_standard_output_stays_the_applications) {
 }
 
 TEST(SwitchOutput, costs_three_calls_and_one_write_for_the_whole_line) {
-    if (const std::string reason = whyNotCountable(); !reason.empty())
+    if (const std::string reason = whyNotTraceable(); !reason.empty())
         GTEST_SKIP() << reason;
     makeFile(output, "0\n");
     const Trace trace = traceSystemCalls([](TracedRun& run) {
