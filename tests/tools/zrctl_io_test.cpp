@@ -12,8 +12,9 @@
 namespace ZR::test {
 namespace {
 
-std::string missing(const std::string& path) {
-    return path + " is missing; check that the board has this device and its driver is loaded\n";
+std::string missing(const std::string& path, const std::string& verb = "is") {
+    return path + " " + verb +
+           " missing; check that the board has this device and its driver is loaded\n";
 }
 
 std::string forbidden(const std::string& path) {
@@ -128,11 +129,31 @@ TEST_F(ZrctlIo, get_of_a_missing_channel_fails_and_still_reads_the_others) {
               "zrctl: di1: file or device cannot be opened (result 2): " + missing(di1));
 }
 
-TEST_F(ZrctlIo, get_of_a_missing_power_sensor_names_the_battery_that_was_tried_last) {
+TEST_F(ZrctlIo, get_of_a_missing_power_sensor_names_both_files) {
     removeFile("/sys/class/analog/supply_vcc");
     EXPECT_EQ(runZrctl({"io", "get", "power"}).errors,
               "zrctl: power: file or device cannot be opened (result 2): " +
-                  missing("/sys/class/analog/board_12v_bat/value"));
+                  missing("/sys/class/analog/supply_vcc/value and "
+                          "/sys/class/analog/board_12v_bat/value",
+                          "are"));
+}
+
+TEST_F(ZrctlIo, get_of_a_forbidden_supply_names_it_and_not_the_battery) {
+    const std::string supply = "/sys/class/analog/supply_vcc/value";
+    ASSERT_EQ(::chmod(supply.c_str(), 0), 0);
+    EXPECT_EQ(runZrctl({"io", "get", "power"}, dropPrivileges).errors,
+              "zrctl: power: file or device cannot be opened (result 2): " + forbidden(supply));
+    const ToolResult list = runZrctl({"io", "list"}, dropPrivileges);
+    EXPECT_EQ(list.status, 1);
+    EXPECT_NE(list.output.find("power        present  -\n"), std::string::npos);
+}
+
+TEST_F(ZrctlIo, get_of_a_battery_that_gives_no_value_names_the_battery) {
+    const std::string battery = "/sys/class/analog/board_12v_bat/value";
+    ASSERT_EQ(::chmod("/sys/class/analog/supply_vcc/value", 0), 0);
+    makeFile(battery, "none\n");
+    EXPECT_EQ(runZrctl({"io", "get", "power"}, dropPrivileges).errors,
+              "zrctl: power: read failed (result 5): " + refused(battery));
 }
 
 TEST_F(ZrctlIo, get_of_an_impossible_state_shows_on_and_fails) {

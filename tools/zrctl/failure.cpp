@@ -47,10 +47,18 @@ bool attributeExists(const std::string& path) {
     return !isMissing(accessError(path, F_OK));
 }
 
+std::string adviseOnMissing(const std::vector<std::string>& paths) {
+    std::string names;
+    for (const std::string& path : paths)
+        names += (names.empty() ? "" : " and ") + path;
+    return names + (paths.size() > 1 ? " are" : " is") +
+           " missing; check that the board has this device and its driver is loaded";
+}
+
 std::string adviseOnAttribute(const std::string& path, int access) {
     const int error = accessError(path, access);
     if (isMissing(error))
-        return path + " is missing; check that the board has this device and its driver is loaded";
+        return adviseOnMissing({path});
     if (error != 0)
         return "no permission for " + path + "; run zrctl as root or ask for access to that file";
     return "the driver behind " + path + " refused or gave no usable value; see the kernel log";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "tools/zrctl/json.h"
 
@@ -28,6 +29,9 @@ bool attributeExists(const std::string& path);
 
 /// True when this process may use the attribute as R_OK and W_OK in @p access say.
 bool mayUse(const std::string& path, int access);
+
+/// Says that none of the attributes that can be behind a thing is there, and what to do.
+std::string adviseOnMissing(const std::vector<std::string>& paths);
 
 /// Says why an attribute of the kernel could not be used and what to do.
 /// @param access  R_OK, W_OK or both: what was tried

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+
 #include "common/zrapi_common/zr_result.h"
 
 namespace zrctl {
@@ -13,6 +15,10 @@ constexpr ChannelKind kinds[] = {
     {"light", ZR::LightSensor, 0, "lux"},       {"temperature", ZR::TemperatureSensor, 0, "degC"},
     {"frequency", ZR::FrequencyInput, 0, "Hz"}, {"ignition", ZR::IgnitionInput, 0, nullptr},
 };
+
+/// The library takes the second when it cannot open the first, for whatever reason.
+constexpr char supplyValue[] = "/sys/class/analog/supply_vcc/value";
+constexpr char batteryValue[] = "/sys/class/analog/board_12v_bat/value";
 
 /// True for the name of a numbered kind with digits behind it.
 bool isNumberedName(const ChannelKind& kind, const std::string& text) {
@@ -52,8 +58,15 @@ ChannelName parseChannel(const std::string& text) {
     throw UsageError("no channel " + quote(text) + "; 'zrctl io list' shows them all");
 }
 
+std::vector<std::string> Channel::candidates() const {
+    if (fileDescriptor < 0 && name_.kind->type == ZR::PowerSensor)
+        return {supplyValue, batteryValue};
+    return {path};
+}
+
 bool Channel::isPresent() const {
-    return !path.empty() && attributeExists(path);
+    const auto attributes = candidates();
+    return !path.empty() && std::any_of(attributes.begin(), attributes.end(), attributeExists);
 }
 
 Outcome Channel::outcome(unsigned int result, int access) const {
@@ -71,7 +84,15 @@ std::string Channel::advise(unsigned int result, int access) const {
         return "the driver gave neither 0 nor 1, which reads as on; check its wiring and driver";
     if (path.empty())
         return "no regulator is named ignition-irq; check the device tree of the board";
-    return adviseOnAttribute(path, access);
+    return adviseOnFiles(access);
+}
+
+std::string Channel::adviseOnFiles(int access) const {
+    const auto attributes = candidates();
+    const auto existing = std::find_if(attributes.begin(), attributes.end(), attributeExists);
+    if (existing == attributes.end())
+        return adviseOnMissing(attributes);
+    return adviseOnAttribute(*existing, access);
 }
 
 Reading read(Channel& channel) {

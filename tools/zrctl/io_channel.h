@@ -47,7 +47,10 @@ class Channel : public ZR::ZRInputOutput {
     Outcome outcome(unsigned int result, int access) const;
 
   private:
+    /// The attributes that can be behind the channel.
+    std::vector<std::string> candidates() const;
     std::string advise(unsigned int result, int access) const;
+    std::string adviseOnFiles(int access) const;
 
     ChannelName name_;
 };
