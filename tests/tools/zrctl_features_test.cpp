@@ -17,6 +17,15 @@ TEST(ZrctlFeatures, of_a_bare_machine_are_none_and_a_single_core) {
               "encoder      no\n"
               "touchscreen  no\n"
               "keyboard     no\n"
+              "single core  yes (no readable device tree)\n");
+}
+
+TEST(ZrctlFeatures, of_a_small_processor_need_no_reason) {
+    makeFile("/proc/device-tree/compatible", "fsl,imx6dl");
+    EXPECT_EQ(runZrctl({"features"}).output,
+              "encoder      no\n"
+              "touchscreen  no\n"
+              "keyboard     no\n"
               "single core  yes\n");
 }
 
