@@ -56,6 +56,10 @@ TEST_P(ZrctlWrongUsage, touches_no_device) {
 
 const char channelList[] = "; 'zrctl io list' shows them all";
 const char deviceList[] = "; give display, key, encoder, rgb or beeper";
+const char percentRange[] = "; give a whole number of percent, 0 to 100";
+const char ledRange[] = ", or of an LED with colour its colour, 0 to 16777215";
+const char displayRange[] =
+    "; give a whole number of percent, from the minimum, which 'zrctl dimmable min' shows, to 100";
 
 INSTANTIATE_TEST_SUITE_P(
     general, ZrctlWrongUsage,
@@ -63,6 +67,10 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{}, "no subcommand given; 'zrctl --help' lists them"},
         WrongUsage{{""}, "no subcommand ''; 'zrctl --help' lists them"},
         WrongUsage{{"bogus"}, "no subcommand 'bogus'; 'zrctl --help' lists them"},
+        WrongUsage{{"--"}, "no subcommand given; 'zrctl --help' lists them"},
+        WrongUsage{{"--", "--help"}, "no subcommand '--help'; 'zrctl --help' lists them"},
+        WrongUsage{{"--", "--", "io"}, "no subcommand '--'; 'zrctl --help' lists them"},
+        WrongUsage{{"--", "io"}, "no action given after io; 'zrctl io --help' lists them"},
         WrongUsage{{"bogus", "--help"}, "no subcommand 'bogus'; 'zrctl --help' lists them"},
         WrongUsage{{"features", "now"}, "features takes no arguments"},
         WrongUsage{{"features", "--fast"}, "unknown option '--fast'; --help lists them"},
@@ -111,6 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"io", "watch", "light", "--count"}, "option --count needs a value"}));
 
 const char configureExample[] = ", as in 'zrctl io configure ai1 --mode 0 --hysteresis 10'";
+const char hysteresisUnit[] = "; give a whole number in the driver's unit, counts, such as 10";
 
 INSTANTIATE_TEST_SUITE_P(
     io_configure, ZrctlWrongUsage,
@@ -127,7 +136,9 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"io", "configure", "ai1", "--mode", "", "--hysteresis", "1"},
                    "mode '' is no whole number from 0 to 2"},
         WrongUsage{{"io", "configure", "ai1", "--mode", "1", "--hysteresis", "2147483648"},
-                   "hysteresis '2147483648' is no whole number from -2147483648 to 2147483647"},
+                   std::string("no hysteresis '2147483648'") + hysteresisUnit},
+        WrongUsage{{"io", "configure", "ai1", "--mode", "1", "--hysteresis", "abc"},
+                   std::string("no hysteresis 'abc'") + hysteresisUnit},
         WrongUsage{{"io", "configure", "ai5", "--mode", "1", "--hysteresis", "1"},
                    "no channel 'ai5'; give ai1 to ai4"},
         WrongUsage{{"io", "configure", "light", "--mode", "1", "--hysteresis", "1"},
@@ -144,15 +155,23 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"dimmable", "set", "display"},
                    "dimmable set needs a device and a number, as in 'set display 50'"},
         WrongUsage{{"dimmable", "set", "display", "-5"},
-                   "intensity '-5' is no whole number from 0 to 4294967295"},
+                   std::string("no intensity '-5'") + displayRange},
+        WrongUsage{{"dimmable", "set", "display", "50%"},
+                   std::string("no intensity '50%'") + displayRange},
         WrongUsage{{"dimmable", "set", "display", "4294967296"},
-                   "intensity '4294967296' is no whole number from 0 to 4294967295"},
+                   std::string("no intensity '4294967296'") + displayRange},
         WrongUsage{{"dimmable", "set", "display", "99999999999999999999"},
-                   "intensity '99999999999999999999' is no whole number from 0 to 4294967295"},
+                   std::string("no intensity '99999999999999999999'") + displayRange},
         WrongUsage{{"dimmable", "set", "display", "50 "},
-                   "intensity '50 ' is no whole number from 0 to 4294967295"},
-        WrongUsage{{"dimmable", "set", "display", "0x10"},
-                   "intensity '0x10' is no whole number from 0 to 4294967295"},
+                   std::string("no intensity '50 '") + displayRange},
+        WrongUsage{{"dimmable", "set", "beeper", "0x10"},
+                   std::string("no intensity '0x10'") + percentRange},
+        WrongUsage{{"dimmable", "set", "key", "-1"},
+                   std::string("no intensity '-1'") + percentRange + ledRange},
+        WrongUsage{{"dimmable", "set", "encoder", "red"},
+                   std::string("no intensity 'red'") + percentRange + ledRange},
+        WrongUsage{{"dimmable", "set", "rgb", "red"},
+                   "no intensity 'red'; this LED has none, use 'zrctl dimmable color rgb COLOR'"},
         WrongUsage{{"dimmable", "color"},
                    "dimmable color needs a device and perhaps a colour, as in 'color rgb red'"},
         WrongUsage{{"dimmable", "color", "rgb", "#12345"},
@@ -166,8 +185,8 @@ INSTANTIATE_TEST_SUITE_P(
                    "--help' lists"},
         WrongUsage{{"dimmable", "min", "1", "2"},
                    "dimmable min takes one number at most, as in 'min 10'"},
-        WrongUsage{{"dimmable", "min", "1.5"},
-                   "minimum '1.5' is no whole number from 0 to 4294967295"}));
+        WrongUsage{{"dimmable", "min", "1.5"}, std::string("no minimum '1.5'") + percentRange},
+        WrongUsage{{"dimmable", "min", "abc"}, std::string("no minimum 'abc'") + percentRange}));
 
 class ZrctlHelp : public testing::TestWithParam<std::vector<std::string>> {};
 
@@ -210,6 +229,21 @@ TEST(ZrctlArguments, after_two_dashes_are_operands) {
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.errors, "zrctl: no channel '--json'; 'zrctl io list' shows them all\n");
     EXPECT_EQ(result.output, "");
+}
+
+TEST(ZrctlArguments, may_all_stand_behind_two_dashes) {
+    makeInputsAndOutputs();
+    EXPECT_EQ(runZrctl({"--", "io", "get", "ai1"}).output, "ai1 1000 counts\n");
+    EXPECT_EQ(runZrctl({"io", "--", "get", "ai1"}).output, "ai1 1000 counts\n");
+    EXPECT_EQ(runZrctl({"--", "features"}).status, 0);
+}
+
+TEST(ZrctlArguments, stay_operands_behind_the_names_that_follow_two_dashes) {
+    const ToolResult result = runZrctl({"--", "io", "get", "--json"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.errors, "zrctl: no channel '--json'; 'zrctl io list' shows them all\n");
+    EXPECT_EQ(runZrctl({"--", "io", "watch", "--count=1"}).errors,
+              "zrctl: no channel '--count=1'; 'zrctl io list' shows them all\n");
 }
 
 }  // namespace

@@ -69,8 +69,19 @@ TEST_F(ZrctlDimmableColor, set_on_a_plain_led_counts_as_percent) {
     EXPECT_EQ(firstLine(key), "128");
 }
 
-TEST_F(ZrctlDimmableColor, set_on_a_plain_led_above_100_is_out_of_range) {
-    const ToolResult result = runZrctl({"dimmable", "color", "key", "red"});
+TEST_F(ZrctlDimmableColor, set_on_a_plain_led_above_100_leads_to_the_percentage) {
+    for (const std::string led : {"key", "encoder"}) {
+        const ToolResult result = runZrctl({"dimmable", "color", led, "red"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors, "zrctl: " + led +
+                                     ": value out of range (result 24): this LED has no colour; "
+                                     "use 'zrctl dimmable set " +
+                                     led + " PERCENT'\n");
+    }
+}
+
+TEST_F(ZrctlDimmableColor, is_not_spoken_of_when_a_plain_led_gets_too_much_percent) {
+    const ToolResult result = runZrctl({"dimmable", "set", "key", "101"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "zrctl: key: value out of range (result 24): give 0 to 100 percent\n");
 }

@@ -39,6 +39,15 @@ CommonOptions takeCommonOptions(Words& words) {
     return common;
 }
 
+std::optional<std::string> takeName(Words& words) {
+    const std::size_t index = !words.empty() && words.front() == "--" ? 1 : 0;
+    if (words.size() <= index)
+        return std::nullopt;
+    const std::string name = words[index];
+    words.erase(words.begin() + static_cast<Words::difference_type>(index));
+    return name;
+}
+
 Arguments::Arguments(const Words& words, const Words& options) {
     for (auto word = words.begin(); word != words.end(); ++word) {
         if (*word == "--") {
@@ -67,15 +76,22 @@ std::optional<std::string> Arguments::value(const std::string& option) const {
     return found == values_.end() ? std::nullopt : std::optional<std::string>(found->second);
 }
 
-long long parseNumber(const std::string& text, const std::string& name, long long lowest,
-                      long long highest) {
+std::optional<long long> wholeNumber(const std::string& text, long long lowest, long long highest) {
     long long number = 0;
     const char* const end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, number);
     if (error != std::errc() || rest != end || number < lowest || number > highest)
+        return std::nullopt;
+    return number;
+}
+
+long long parseNumber(const std::string& text, const std::string& name, long long lowest,
+                      long long highest) {
+    const auto number = wholeNumber(text, lowest, highest);
+    if (!number)
         throw UsageError(name + " " + quote(text) + " is no whole number from " +
                          std::to_string(lowest) + " to " + std::to_string(highest));
-    return number;
+    return *number;
 }
 
 std::string quote(const std::string& text) {

@@ -27,6 +27,10 @@ struct CommonOptions {
 /// Takes the common options out of @p words, wherever they stand before a "--".
 CommonOptions takeCommonOptions(Words& words);
 
+/// Takes the name of a subcommand or an action from the start of @p words; nothing when there is
+/// none. A "--" before it stays there, because it holds for the words behind the name too.
+std::optional<std::string> takeName(Words& words);
+
 /// The words of one subcommand, split into values of options and operands. Options are written
 /// "--name value" or "--name=value"; all words after "--" are operands.
 class Arguments {
@@ -43,10 +47,14 @@ class Arguments {
     Words operands_;
 };
 
-/// Reads a whole decimal number.
+/// Reads a whole decimal number: digits behind an optional minus. Nothing for any other text and
+/// for a number out of the range.
+std::optional<long long> wholeNumber(const std::string& text, long long lowest, long long highest);
+
+/// Reads a whole decimal number that must be one.
 ///
 /// @param name  what the number is, for the error text
-/// @throws UsageError for anything but digits behind an optional minus, or out of the range
+/// @throws UsageError with the range, for a text that is no number in it
 long long parseNumber(const std::string& text, const std::string& name, long long lowest,
                       long long highest);
 

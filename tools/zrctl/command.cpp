@@ -38,16 +38,17 @@ int show(const std::vector<Report>& reports, const std::string& key, const Commo
     return status;
 }
 
-int runAction(const std::string& subcommand, const std::vector<Command>& actions,
-              const Words& words, const CommonOptions& common) {
+int runAction(const std::string& subcommand, const std::vector<Command>& actions, Words words,
+              const CommonOptions& common) {
     const std::string hint = "; 'zrctl " + subcommand + " --help' lists them";
-    if (words.empty())
+    const auto name = takeName(words);
+    if (!name)
         throw UsageError("no action given after " + subcommand + hint);
     for (const Command& action : actions) {
-        if (words.front() == action.name)
-            return action.run(Words(words.begin() + 1, words.end()), common);
+        if (*name == action.name)
+            return action.run(words, common);
     }
-    throw UsageError("no action " + quote(words.front()) + " of " + subcommand + hint);
+    throw UsageError("no action " + quote(*name) + " of " + subcommand + hint);
 }
 
 }  // namespace zrctl

@@ -39,8 +39,8 @@ struct Command {
 /// Runs the action that the first of @p words names.
 /// @param subcommand  the name before it
 /// @throws UsageError when it names none
-int runAction(const std::string& subcommand, const std::vector<Command>& actions,
-              const Words& words, const CommonOptions& common);
+int runAction(const std::string& subcommand, const std::vector<Command>& actions, Words words,
+              const CommonOptions& common);
 
 /// @name Subcommands, a source each
 /// @{

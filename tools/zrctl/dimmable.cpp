@@ -45,6 +45,7 @@ namespace {
 
 constexpr std::size_t deviceWidth = 9;
 constexpr std::size_t stateWidth = 9;
+// What is too much for a device is the library's to say.
 constexpr long long highestNumber = std::numeric_limits<unsigned int>::max();
 
 int runList(const Words& words, const CommonOptions& common) {
@@ -82,8 +83,12 @@ Report setReport(const DeviceName& device, unsigned int value, const Outcome& ou
     return report;
 }
 
-unsigned int parseIntensity(const std::string& text, const std::string& name) {
-    return static_cast<unsigned int>(parseNumber(text, name, 0, highestNumber));
+unsigned int parseIntensity(const std::string& text, const std::string& name,
+                            const std::string& advice) {
+    const auto number = wholeNumber(text, 0, highestNumber);
+    if (!number)
+        throw UsageError("no " + name + " " + quote(text) + "; " + advice);
+    return static_cast<unsigned int>(*number);
 }
 
 int runGet(const Words& words, const CommonOptions& common) {
@@ -105,7 +110,8 @@ int runSet(const Words& words, const CommonOptions& common) {
     if (arguments.operands().size() != 2)
         throw UsageError("dimmable set needs a device and a number, as in 'set display 50'");
     const DeviceName& device = parseDevice(arguments.operands()[0]);
-    const unsigned int intensity = parseIntensity(arguments.operands()[1], "intensity");
+    const unsigned int intensity =
+        parseIntensity(arguments.operands()[1], "intensity", adviseOnNumber(device));
     const unsigned int result =
         ZR::ZRDimmable::getInstance()->setIntensity(intensity, device.device);
     return show(setReport(device, intensity, outcomeOf(device, result, Request::Write)), common);
@@ -148,7 +154,9 @@ int runMin(const Words& words, const CommonOptions& common) {
     if (operands.size() > 1)
         throw UsageError("dimmable min takes one number at most, as in 'min 10'");
     const bool set = !operands.empty();
-    unsigned int minimum = set ? parseIntensity(operands[0], "minimum") : 0;
+    unsigned int minimum =
+        set ? parseIntensity(operands[0], "minimum", "give a whole number of percent, 0 to 100")
+            : 0;
     ZR::ZRDimmable& dimmable = *ZR::ZRDimmable::getInstance();
     Report report;
     report.thing = "display";

@@ -37,11 +37,14 @@ std::string adviseOnFile(const DeviceName& device) {
         existing == device.attributes.end() ? device.attributes.front() : *existing, R_OK | W_OK);
 }
 
-std::string adviseOnRange(const DeviceName& device) {
+std::string adviseOnRange(const DeviceName& device, Request request) {
     if (hasColor(device))
         return "this LED takes a colour; give 0 to 16777215, or a colour by 'zrctl dimmable color'";
     if (device.device == ZR::DisplayBacklight)
         return "give percent from the minimum, which 'zrctl dimmable min' shows, to 100";
+    if (request == Request::WriteColor)
+        return std::string("this LED has no colour; use 'zrctl dimmable set ") + device.name +
+               " PERCENT'";
     return "give 0 to 100 percent";
 }
 
@@ -49,7 +52,7 @@ std::string advise(const DeviceName& device, unsigned int result, Request reques
     const bool colorRequest = request == Request::ReadColor || request == Request::WriteColor;
     const std::string name = device.name;
     if (result == ZR::ResultValueOutOfRange)
-        return adviseOnRange(device);
+        return adviseOnRange(device, request);
     if (device.device == ZR::RGBLED && !colorRequest)
         return "this LED has no intensity; use 'zrctl dimmable color rgb COLOR'";
     const bool neverColored = device.device == ZR::DisplayBacklight || device.device == ZR::Beeper;
@@ -84,6 +87,22 @@ const DeviceName& parseDevice(const std::string& text) {
             return device;
     }
     throw UsageError("no device " + quote(text) + "; give display, key, encoder, rgb or beeper");
+}
+
+std::string adviseOnNumber(const DeviceName& device) {
+    switch (device.device) {
+        case ZR::DisplayBacklight:
+            return "give a whole number of percent, from the minimum, which 'zrctl dimmable min' "
+                   "shows, to 100";
+        case ZR::KeyBacklight:
+        case ZR::EncoderBacklight:
+            return "give a whole number of percent, 0 to 100, or of an LED with colour its colour, "
+                   "0 to 16777215";
+        case ZR::RGBLED:
+            return "this LED has none, use 'zrctl dimmable color rgb COLOR'";
+        default:
+            return "give a whole number of percent, 0 to 100";
+    }
 }
 
 unsigned int parseColor(const std::string& text) {

@@ -31,6 +31,10 @@ unsigned int parseColor(const std::string& text);
 /// "#RRGGBB" in lower case; more digits when the driver gave a larger number.
 std::string colorText(unsigned int color);
 
+/// What to give as the intensity of a device. Which LEDs have a colour is left open: asking the
+/// library already detaches the key LED from its trigger, and a wrong command line touches nothing.
+std::string adviseOnNumber(const DeviceName& device);
+
 /// What was asked of a device; the advice about a failure depends on it.
 enum class Request { Read, Write, ReadColor, WriteColor };
 

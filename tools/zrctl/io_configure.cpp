@@ -59,12 +59,22 @@ Outcome configure(Channel& channel, const Setting& setting) {
     return outcome;
 }
 
-int requiredNumber(const Arguments& arguments, const std::string& option, int lowest, int highest) {
+std::string requiredValue(const Arguments& arguments, const std::string& option) {
     const auto text = arguments.value(option);
     if (!text)
         throw UsageError("io configure needs " + option + ", as in 'zrctl io configure ai1 " +
                          "--mode 0 --hysteresis 10'");
-    return static_cast<int>(parseNumber(*text, option.substr(2), lowest, highest));
+    return *text;
+}
+
+/// The driver knows which numbers it takes; the library hands it any that fits.
+int parseHysteresis(const std::string& text) {
+    const auto number =
+        wholeNumber(text, std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
+    if (!number)
+        throw UsageError("no hysteresis " + quote(text) +
+                         "; give a whole number in the driver's unit, counts, such as 10");
+    return static_cast<int>(*number);
 }
 
 }  // namespace
@@ -76,9 +86,9 @@ int runIoConfigure(const Words& words, const CommonOptions& common) {
     const ChannelName name = parseChannel(arguments.operands()[0]);
     if (name.kind->type != ZR::AnalogInput)
         throw UsageError(name.text() + " is no analog input; give ai1 to ai4");
-    const Setting setting{requiredNumber(arguments, "--mode", 0, modeWithLoad),
-                          requiredNumber(arguments, "--hysteresis", std::numeric_limits<int>::min(),
-                                         std::numeric_limits<int>::max())};
+    const std::string mode = requiredValue(arguments, "--mode");
+    const Setting setting{static_cast<int>(parseNumber(mode, "mode", 0, modeWithLoad)),
+                          parseHysteresis(requiredValue(arguments, "--hysteresis"))};
     Channel channel(name);
     Report report;
     report.thing = name.text();

@@ -55,16 +55,16 @@ int run(Words words, const CommonOptions& common) {
         print("zrctl " ZRCTL_VERSION "\n");
         return statusSuccess;
     }
-    const Subcommand* const subcommand = words.empty() ? nullptr : findSubcommand(words.front());
-    if (common.help && (words.empty() || subcommand != nullptr)) {
+    const auto name = takeName(words);
+    const Subcommand* const subcommand = name ? findSubcommand(*name) : nullptr;
+    if (common.help && (!name || subcommand != nullptr)) {
         print(subcommand == nullptr ? generalHelp : subcommand->help);
         return statusSuccess;
     }
-    if (words.empty())
+    if (!name)
         throw UsageError("no subcommand given; 'zrctl --help' lists them");
     if (subcommand == nullptr)
-        throw UsageError("no subcommand " + quote(words.front()) + "; 'zrctl --help' lists them");
-    words.erase(words.begin());
+        throw UsageError("no subcommand " + quote(*name) + "; 'zrctl --help' lists them");
     const LibraryVoice voice(common.verbose);
     return subcommand->command.run(words, common);
 }
