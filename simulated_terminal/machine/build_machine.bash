@@ -31,7 +31,7 @@ compile_programs() {
 
 # resolve_modules NAME...: the files to load, in order, with all they depend on.
 resolve_modules() {
-    modprobe --dirname "$kernel/root" --set-version "$release" --show-depends --all "$@" |
+    modprobe --dirname "$kernel/packages" --set-version "$release" --show-depends --all "$@" |
         awk '$1 == "insmod" && !seen[$2]++ { print $2 }'
 }
 
@@ -77,7 +77,7 @@ build_initramfs() {
     fi
     tree=$work/base
     rm -rf "$tree"
-    mkdir -p "$tree/bin" "$tree/modules" "$tree/root"
+    mkdir -p "$tree/bin" "$tree/modules" "$tree/new_root"
     cp "$busybox" "$tree/bin/busybox"
     for command in $GUEST_COMMANDS; do
         ln -s busybox "$tree/bin/$command"

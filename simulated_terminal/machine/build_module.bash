@@ -42,7 +42,7 @@ compile_module() {
     need_program "$compiler" gcc-12
     need_program make make
     local log=$module/log status=0
-    make -s -j2 -C "$kernel/root/usr/src/linux-headers-$release" "M=$module/source" \
+    make -s -j2 -C "$kernel/packages/usr/src/linux-headers-$release" "M=$module/source" \
         "CC=$compiler" modules >"$log" 2>&1 || status=$?
     # Type information for tracing needs the unpacked kernel's own build tree; nobody misses it.
     grep -v 'Skipping BTF generation' "$log" >&2 || true

@@ -57,10 +57,10 @@ download_packages() {
 unpack_packages() {
     local folder=$1 file
     for file in "$folder"/*.deb; do
-        dpkg-deb -x "$file" "$folder/root" || fail "cannot unpack ${file##*/}"
+        dpkg-deb -x "$file" "$folder/packages" || fail "cannot unpack ${file##*/}"
         rm "$file"
     done
-    local headers=$folder/root/usr/src/linux-headers-$release
+    local headers=$folder/packages/usr/src/linux-headers-$release
     local makefile
     read -r makefile <"$headers/Makefile"
     [[ $makefile == "include /usr/src/"* ]] ||
@@ -68,7 +68,7 @@ unpack_packages() {
     # shellcheck disable=SC2016  # expanded by make
     printf 'include $(dir $(realpath $(lastword $(MAKEFILE_LIST))))/../%s\n' \
         "${makefile#include /usr/src/}" >"$headers/Makefile"
-    depmod -b "$folder/root" "$release" || fail "cannot list the kernel's modules"
+    depmod -b "$folder/packages" "$release" || fail "cannot list the kernel's modules"
 }
 
 # little_endian FILE OFFSET LENGTH
@@ -79,7 +79,7 @@ little_endian() {
 # The kernel decompresses itself for seconds where the processor is emulated, so it is done here.
 # QEMU starts the bare kernel through its PVH entry.
 extract_vmlinux() {
-    local image=$1/root/boot/vmlinuz-$release setup_sectors offset length
+    local image=$1/packages/boot/vmlinuz-$release setup_sectors offset length
     [[ $(little_endian "$image" $((0x1fe)) 2) == 43605 ]] || fail "$image is no kernel image"
     setup_sectors=$(little_endian "$image" $((0x1f1)) 1)
     offset=$(((setup_sectors + 1) * 512 + $(little_endian "$image" $((0x248)) 4)))

@@ -2,7 +2,7 @@
 # Composes QEMU's command line and the guest's settings, and hands over to the conductor.
 
 readonly GUEST_PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
-# A folder of its own: the host's /root may be closed to the user who runs QEMU.
+# A folder of its own: the home of the host's root may be closed to the user who runs QEMU.
 readonly GUEST_HOME=/run/home
 
 # compose_qemu_arguments ACCELERATOR ARCHIVE: sets `arguments`.
