@@ -18,8 +18,8 @@ namespace ZR {
 ///   again by a later operation.
 /// - A line that cannot be read to its end is a failure, never half a value.
 /// - The descriptor closes on exec.
-/// - Nothing but the error state changes after open(), so threads that use one object at once may
-///   read or replace each other's value, but nothing worse.
+/// - Nothing but the error state and the position in the file change after open(). Threads that use
+///   one object at once may replace each other's value, or miss it and fail; nothing is corrupted.
 class ZRAPI_EXPORT AttributeStream {
   public:
     /// Room for the largest attribute, one page, and the NUL behind it.

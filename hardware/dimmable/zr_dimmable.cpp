@@ -110,6 +110,7 @@ unsigned int ZRDimmable::writeIntensity(AttributeStream& stream, unsigned int in
         return ResultFailure;
     const IntensityRule rule =
         intensityRule(device, isColorSupported(device), minDisplayBacklightIntensity);
+    // The reports of this function are not guarded: one that raises makes the operation fail.
     if (intensity < rule.lowest || intensity > rule.highest) {
         ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%d%s%d",
                                  "Intensity out of range for device ", static_cast<int>(device),
@@ -153,6 +154,7 @@ unsigned int ZRDimmable::readColor(AttributeStream& stream, unsigned int* color,
                                    ZRDimmableDevice device) {
     if (!stream.is_open() || !stream.good())
         return ResultFailure;
+    // Not guarded: a report that raises ends in the report of getColor().
     const auto reportFailure = [device] {
         ZRDebug::debugPrintError(ZRDebug::levelError, debugSection, "%s%d",
                                  "Reading from LED device file ", static_cast<int>(device));

@@ -27,8 +27,9 @@ enum ZRDimmableDevice : unsigned int {
 ///
 /// Operations may be called from any thread. The display, the beeper and the RGB LED's colour have
 /// a lock each; the key and the encoder illumination have none, so two threads that use one of
-/// these two at once may read or replace each other's value. A lock that cannot be taken raises
-/// std::system_error, except in getColor(), which answers 5.
+/// these two at once may replace each other's value, or fail with 1, 5 or 6 because they share the
+/// position in the file and the error state. A lock that cannot be taken raises std::system_error,
+/// except in getColor(), which answers 5.
 class ZRAPI_EXPORT ZRDimmable {
   public:
     /// Returns the object, built on the first call (from any thread) and destroyed at process exit.
