@@ -37,6 +37,16 @@ export_folder() {
     )
 }
 
+# All controllers are on one virtual bus.
+# shellcheck disable=SC2054  # QEMU's commas
+add_can_controllers() {
+    local number
+    ((can_count[can] == 0)) || arguments+=(-object can-bus,id=bus0)
+    for ((number = 0; number < can_count[can]; ++number)); do
+        arguments+=(-device kvaser_pci,canbus=bus0)
+    done
+}
+
 # Sets `quoted`.
 quote() {
     quoted="'${1//\'/\'\\\'\'}'"
@@ -71,6 +81,8 @@ compose_settings() {
     set_list writable_folders "${writable_folders[@]}"
     set_list with_module "$with_module"
     set_list module_parameters "${module_parameters[@]}"
+    set_list can_controllers "$((can_count[can] + can_count[simcan]))"
+    set_list virtual_can_ports "${can_count[vcan]}"
     set_list input_devices "${input_devices[@]}"
     set_list input_devices_required "$input_devices_required"
     settings+="set --"
@@ -117,6 +129,7 @@ run_machine() {
     for number in "${!writable_folders[@]}"; do
         export_folder "writable$number" "${writable_folders[number]}"
     done
+    add_can_controllers
     compose_settings "$@"
     conductor=("$work/programs/conduct_machine" --time-limit "$time_limit")
     [[ $tty == no ]] || conductor+=(--tty)
