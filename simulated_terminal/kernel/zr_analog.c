@@ -30,7 +30,8 @@ static const char * const supplies[] = {
 static struct class *analog_class;
 
 #define VALUE(number) \
-	{ .name = "value", .mode = 0444, .initial = number }
+	{ .name = "value", .mode = 0444, .initial = number, \
+	  .notify = ZR_NOTIFY_ANALOG }
 #define SWITCH(attribute) \
 	{ .name = attribute, .mode = 0644, .maximum = 1, \
 	  .out_of_range = EINVAL }

@@ -75,6 +75,7 @@ static void changed_by_knob(struct zr_value *value)
 void zr_value_changed(struct zr_attribute *attribute, struct device *dev)
 {
 	sysfs_notify(&dev->kobj, NULL, attribute->spec->name);
+	zr_notify_value(attribute, dev);
 }
 
 int zr_attribute_init(struct zr_attribute *attribute, struct zr_device *owner,

@@ -103,14 +103,19 @@ static void free_attributes(struct zr_device *device)
 	device->attribute_count = 0;
 }
 
+struct dentry *zr_knob_root(void)
+{
+	if (!root)
+		root = debugfs_create_dir("zr_terminal", NULL);
+	return root;
+}
+
 static void create_knobs(struct zr_device *device)
 {
 	struct dentry *folder;
 	unsigned int i;
 
-	if (!root)
-		root = debugfs_create_dir("zr_terminal", NULL);
-	folder = debugfs_create_dir(device->name, root);
+	folder = debugfs_create_dir(device->name, zr_knob_root());
 	debugfs_create_file_unsafe("present", 0600, folder, device,
 				   &present_operations);
 	for (i = 0; i < device->attribute_count; i++)

@@ -12,6 +12,8 @@ static const struct {
 	int (*init)(void);
 	void (*exit)(void);
 } drivers[] = {
+	/* Before the devices, whose changes it tells of, and gone after them. */
+	{ zr_notify_init, zr_notify_exit },
 	{ zr_platform_init },
 	{ zr_analog_init, zr_analog_exit },
 	{ zr_led_init, zr_led_exit },
@@ -19,6 +21,7 @@ static const struct {
 	{ zr_regulator_init, zr_regulator_exit },
 	{ zr_input_init },
 	{ zr_device_tree_init, zr_device_tree_exit },
+	{ zr_can_init, zr_can_exit },
 };
 
 static void tear_down(int count)

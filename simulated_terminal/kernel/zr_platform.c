@@ -7,12 +7,13 @@
 #include "zr_terminal.h"
 
 static const struct zr_attribute_spec input_specs[] = {
-	{ .name = "state", .mode = 0444 },
+	{ .name = "state", .mode = 0444, .notify = ZR_NOTIFY_DI },
 	{}
 };
 
 static const struct zr_attribute_spec output_specs[] = {
-	{ .name = "state", .mode = 0644, .maximum = 1, .out_of_range = EINVAL },
+	{ .name = "state", .mode = 0644, .maximum = 1,
+	  .out_of_range = EINVAL, .notify = ZR_NOTIFY_DO },
 	{}
 };
 

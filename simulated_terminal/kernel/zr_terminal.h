@@ -27,6 +27,14 @@ int zr_list_check(const char *parameter, const char *list,
 
 /* --- Attributes of our own drivers -------------------------------------- */
 
+/* The netlink family that tells of a changed value. */
+enum zr_notify {
+	ZR_NOTIFY_NOBODY,
+	ZR_NOTIFY_DI,
+	ZR_NOTIFY_DO,
+	ZR_NOTIFY_ANALOG,
+};
+
 struct zr_attribute_spec {
 	const char *name;
 	umode_t mode;
@@ -35,6 +43,7 @@ struct zr_attribute_spec {
 	int maximum;
 	int out_of_range;
 	int initial;
+	enum zr_notify notify;
 };
 
 struct zr_device;
@@ -52,6 +61,13 @@ int zr_attribute_init(struct zr_attribute *attribute, struct zr_device *owner,
 void zr_attribute_free(struct zr_attribute *attribute);
 void zr_attribute_create_knobs(struct zr_attribute *attribute,
 			       struct dentry *folder);
+
+/* --- Notifications ------------------------------------------------------ */
+
+int zr_notify_init(void);
+void zr_notify_exit(void);
+/* Tell whoever listens of a changed value. May sleep; @dev is alive. */
+void zr_notify_value(struct zr_attribute *attribute, struct device *dev);
 
 /* --- Devices ------------------------------------------------------------ */
 
@@ -91,6 +107,8 @@ struct zr_device {
 	struct list_head node;
 };
 
+/* The folder of all knobs. */
+struct dentry *zr_knob_root(void);
 int zr_device_add(struct zr_device *device);
 void zr_device_remove_all(void);
 /* Attach everything that was added, but what the parameter "absent" names. */
@@ -119,5 +137,7 @@ void zr_regulator_exit(void);
 int zr_input_init(void);
 int zr_device_tree_init(void);
 void zr_device_tree_exit(void);
+int zr_can_init(void);
+void zr_can_exit(void);
 
 #endif
