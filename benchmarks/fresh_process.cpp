@@ -9,7 +9,7 @@
 #include <functional>
 #include <utility>
 
-#include "common/zrapi_utility/file_descriptor_internal.h"
+#include "common/file_descriptor_internal.h"
 
 namespace ZR::benchmarks {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "benchmarks/comparison.h"
-#include "common/zrapi_utility/file_descriptor_internal.h"
+#include "common/file_descriptor_internal.h"
 
 namespace ZR::benchmarks {
 

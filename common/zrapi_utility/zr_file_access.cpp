@@ -10,7 +10,7 @@
 #include <limits>
 #include <string_view>
 
-#include "common/zrapi_utility/file_descriptor_internal.h"
+#include "common/file_descriptor_internal.h"
 
 namespace ZR {
 namespace {
