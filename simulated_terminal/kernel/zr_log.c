@@ -28,8 +28,8 @@ static void append(const char *device, const char *attribute,
 	spin_lock_irqsave(&lock, flags);
 	last++;
 	line = lines[last % ZR_LOG_LINES];
-	length = scnprintf(line, ZR_LOG_LINE_SIZE, "%s %s %s", device,
-			   attribute, text);
+	length = scnprintf(line, ZR_LOG_LINE_SIZE, "%s %s%s%s", device,
+			   attribute, *text ? " " : "", text);
 	if (name)
 		scnprintf(line + length, ZR_LOG_LINE_SIZE - length,
 			  " error %s", name);
