@@ -34,7 +34,7 @@ function(zrapi_install_pkg_config name description requires)
 endfunction()
 
 if(ZRAPI_PLATFORM_LIBRARIES STREQUAL "open")
-  zrapi_install_pkg_config(Common "Debug sections, result codes and EEPROM of the terminal" "")
+  zrapi_install_pkg_config(Common "Debug sections, result codes, EEPROM, end points and events of the terminal" "")
   zrapi_install_pkg_config(OS_ABS "Tick and thread services of the terminal" "")
   zrapi_install_pkg_config(Utility "File and text services of the terminal" "")
   zrapi_install_pkg_config(Hardware "${PROJECT_DESCRIPTION}"
