@@ -12,6 +12,9 @@ namespace ZR {
 /// An application waits with waitForEvent(), or lets its event loop (poll, epoll, a QSocketNotifier)
 /// watch getEventDescriptor(). The queue has no limit: whoever posts is never held up, and nothing
 /// is dropped while there is memory.
+///
+/// The kernel is asked only where the queue becomes empty or ceases to be: a post to an empty queue
+/// is one system call, taking the last event is one, waiting is one more; all others are none.
 class ZRAPI_EXPORT ZREventQueue {
   public:
     /// @throws std::system_error when the kernel gives no descriptor
@@ -22,15 +25,16 @@ class ZRAPI_EXPORT ZREventQueue {
     /// Drops what is left. No thread may be inside an operation.
     virtual ~ZREventQueue();
 
-    /// Appends a copy of an event and wakes one waiting thread. What a derived class adds to
-    /// ZREvent is not kept.
+    /// Appends a copy of an event; one waiting thread gets it. What a derived class adds to ZREvent
+    /// is not kept.
     /// @param event  unchanged; may be destroyed as soon as the call returns
     /// @throws std::bad_alloc when there is no memory; the queue is as before
     virtual void postEvent(ZREvent& event);
 
     /// Takes the oldest event, waiting for one if there is none.
     /// @param event                receives the copy; unchanged with false
-    /// @param timeoutMilliseconds  longest wait; 0 does not wait, negative waits without limit
+    /// @param timeoutMilliseconds  longest wait; 0 does not wait, negative waits without limit.
+    ///                             Signals and changes of the date neither shorten nor lengthen it
     /// @return true with an event, false when the time passed without one
     bool waitForEvent(ZREvent& event, int timeoutMilliseconds);
 
