@@ -17,6 +17,17 @@ test_usage() {
     usage --variant -- true
     usage --input encoder1 -- true
     usage --input= -- true
+    usage --can 5 -- true
+    usage --can two -- true
+    usage --simcan -1 -- true
+    usage --vcan= -- true
+    usage --can -- true
+    usage --can 3 --simcan 2 -- true
+    expect_text "usage: too many ports" 'more than 4 ports' "$scratch/err"
+    usage --vcan 3 -- true
+    usage --can 1 --simcan 1 --vcan 3 -- true
+    usage --simcan 1 -- true
+    usage --module-parameter simcan=1 -- true
     usage --module-parameter variant -- true
     usage --module-parameter 'variant=a b' -- true
     usage --env 1=2 -- true
