@@ -26,7 +26,7 @@ constexpr unsigned int lastPort = 4;
 /// The longest line of a counter that is looked at, and its NUL.
 using CounterLine = std::array<char, 32>;
 
-/// Reads from @p file until a line is complete, the room is full or nothing more comes.
+/// Reads the first line of @p file, up to its end, that of the file or that of the room.
 void readLine(const FileDescriptor& file, CounterLine& line) {
     std::size_t length = 0;
     while (length < line.size() - 1 && std::memchr(line.data(), '\n', length) == nullptr) {
@@ -38,6 +38,8 @@ void readLine(const FileDescriptor& file, CounterLine& line) {
         length += static_cast<std::size_t>(count);
     }
     line[length] = '\0';
+    // Looking for a number goes over line ends: behind an empty line it would read the next one.
+    line[std::strcspn(line.data(), "\n")] = '\0';
 }
 
 unsigned int readCounter(unsigned int port, const char* counter, int& count) {
