@@ -61,7 +61,7 @@ check_wrong_parameters() {
     local parameter
     rmmod zr_terminal
     for parameter in key=pink encoder=1 rgb=no backlight=led supply=5v variant=imx8 \
-        ai_without=mode absent=lamp; do
+        ai_without=mode absent=lamp simcan=5; do
         check "$parameter is refused" "$(insmod "$MODULE" "$parameter" 2>&1)" \
             "insmod: ERROR: could not insert module $MODULE: Invalid parameters"
         is_missing "$parameter leaves nothing behind" "$KNOBS"
