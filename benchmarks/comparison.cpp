@@ -15,16 +15,31 @@ constexpr double batchSeconds = 50e-6;
 
 std::vector<Row> table;
 
-double median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+constexpr double middle = 0.5;
+constexpr double tail = 0.99;
+
+double quantile(std::vector<double>& values, double part) {
+    const auto index = static_cast<std::ptrdiff_t>(static_cast<double>(values.size()) * part);
+    const auto position = values.begin() + index;
+    std::nth_element(values.begin(), position, values.end());
+    return *position;
+}
+
+/// Runs one batch between what comes before and after it; negative when any of them failed.
+double runBatch(const Comparison& comparison, const Batch& batch, long operations) {
+    if (comparison.before && !comparison.before(operations))
+        return -1;
+    const double seconds = batch(operations);
+    return comparison.after && !comparison.after(operations) ? -1 : seconds;
 }
 
 long batchSize(const Comparison& comparison) {
     long operations = 1;
-    while (operations < comparison.longestBatch && comparison.floor(operations) < batchSeconds)
+    double seconds = runBatch(comparison, comparison.floor, operations);
+    while (operations < comparison.longestBatch && seconds >= 0 && seconds < batchSeconds) {
         operations *= 2;
+        seconds = runBatch(comparison, comparison.floor, operations);
+    }
     return operations;
 }
 
@@ -38,8 +53,10 @@ struct Samples {
 /// Runs one batch of each side, the floor first in every second pair; false when one failed.
 bool addPair(const Comparison& comparison, long operations, Samples& samples) {
     const bool floorFirst = samples.ratio.size() % 2 == 0;
-    const double first = (floorFirst ? comparison.floor : comparison.library)(operations);
-    const double second = (floorFirst ? comparison.library : comparison.floor)(operations);
+    const Batch& firstBatch = floorFirst ? comparison.floor : comparison.library;
+    const Batch& secondBatch = floorFirst ? comparison.library : comparison.floor;
+    const double first = runBatch(comparison, firstBatch, operations);
+    const double second = runBatch(comparison, secondBatch, operations);
     const double floor = floorFirst ? first : second;
     const double library = floorFirst ? second : first;
     samples.floor.push_back(floor * 1e9 / static_cast<double>(operations));
@@ -57,24 +74,29 @@ std::string judgeCosts(const Row& row, long allowedAllocations) {
     return {};
 }
 
+/// Counts one side's costs; false when it failed.
+bool countSide(const Comparison& comparison, const std::function<bool()>& once, Cost& cost) {
+    const auto before = [&comparison] { return !comparison.before || comparison.before(1); };
+    const auto after = [&comparison] { return !comparison.after || comparison.after(1); };
+    // What is made once (first look-ups, standard output's buffer) is no part of an operation.
+    return before() && once() && after() && countCost({before, once, after}, cost);
+}
+
 void countCosts(const Comparison& comparison, Row& row) {
     if (!comparison.libraryOnce)
         return;
     const SilencedOutput silence;
-    // What is made once (first look-ups, standard output's buffer) is no part of an operation.
-    if (!comparison.floorOnce() || !comparison.libraryOnce()) {
-        row.failure = "failed";
-        return;
-    }
-    row.floor = countCost(comparison.floorOnce);
-    row.library = countCost(comparison.libraryOnce);
-    row.failure = judgeCosts(row, comparison.allowedAllocations);
+    const bool counted = countSide(comparison, comparison.floorOnce, row.floor) &&
+                         countSide(comparison, comparison.libraryOnce, row.library);
+    row.failure = counted ? judgeCosts(row, comparison.allowedAllocations) : "failed";
 }
 
 void report(benchmark::State& state, const Row& row) {
     state.counters["floor_ns"] = row.floorNanoseconds;
     state.counters["library_ns"] = row.libraryNanoseconds;
     state.counters["ratio"] = row.ratio;
+    state.counters["floor_p99_ns"] = row.floorTailNanoseconds;
+    state.counters["library_p99_ns"] = row.libraryTailNanoseconds;
     state.counters["system_calls"] = static_cast<double>(row.library.systemCalls);
     state.counters["floor_system_calls"] = static_cast<double>(row.floor.systemCalls);
     state.counters["allocations"] = static_cast<double>(row.library.allocations);
@@ -83,6 +105,7 @@ void report(benchmark::State& state, const Row& row) {
 void run(benchmark::State& state, const Comparison& comparison, Row& row) {
     if (row.operation.empty()) {
         row.operation = comparison.operation;
+        row.showsTail = comparison.showsTail;
         countCosts(comparison, row);
     }
     if (!row.failure.empty()) {
@@ -99,9 +122,11 @@ void run(benchmark::State& state, const Comparison& comparison, Row& row) {
         }
         state.SetIterationTime(samples.library.back() * 1e-9 * static_cast<double>(operations));
     }
-    row.floorNanoseconds = median(samples.floor);
-    row.libraryNanoseconds = median(samples.library);
-    row.ratio = median(samples.ratio);
+    row.floorNanoseconds = quantile(samples.floor, middle);
+    row.libraryNanoseconds = quantile(samples.library, middle);
+    row.ratio = quantile(samples.ratio, middle);
+    row.floorTailNanoseconds = quantile(samples.floor, tail);
+    row.libraryTailNanoseconds = quantile(samples.library, tail);
     report(state, row);
 }
 

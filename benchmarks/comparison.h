@@ -22,13 +22,20 @@ struct Row {
     double floorNanoseconds = 0;
     double libraryNanoseconds = 0;
     double ratio = 0;
+    double floorTailNanoseconds = 0;    ///< 99th percentile of the batches
+    double libraryTailNanoseconds = 0;  ///< the same
     Cost floor;
     Cost library;
+    bool showsTail = false;
     std::string failure;  ///< empty when the operation did what it must, at its exact cost
 };
 
 /// Runs an operation the given number of times and returns the seconds taken; negative on failure.
 using Batch = std::function<double(long operations)>;
+
+/// Does for the given number of operations what belongs to the job but not to the operation, for
+/// instance sends what is to be received. Neither timed nor counted; false on failure.
+using Preparation = std::function<bool(long operations)>;
 
 /// Both sides of a comparison. The batches take turns, so that whatever else happens on the machine
 /// hits both alike.
@@ -38,8 +45,11 @@ struct Comparison {
     Batch library;
     std::function<bool()> floorOnce;
     std::function<bool()> libraryOnce;
+    Preparation before{};  ///< where set, comes before each batch and each single run of both sides
+    Preparation after{};   ///< where set, comes after them
     long allowedAllocations = 0;
     long longestBatch = 4096;
+    bool showsTail = false;  ///< the 99th percentile is of interest, not the median alone
 };
 
 /// Registers a comparison with Google Benchmark.

@@ -6,29 +6,40 @@
 namespace ZR::benchmarks {
 namespace {
 
-long countSystemCalls(const std::function<bool()>& operation) {
+// The word that a traced child says when its operation succeeded.
+constexpr char succeeded[] = "succeeded";
+
+bool countSystemCalls(const CountedRun& run, long& count) {
     if (!test::whyNotTraceable().empty())
-        return -1;
-    const test::Trace trace = test::traceSystemCalls([&operation](test::TracedRun& run) {
-        run.begin();
-        (void)operation();
-        run.end();
+        return true;
+    if (!run.before())
+        return false;
+    const test::Trace trace = test::traceSystemCalls([&run](test::TracedRun& traced) {
+        traced.begin();
+        const bool done = run.operation();
+        traced.end();
+        if (done)
+            traced.say(succeeded);
     });
-    return trace.died ? -1 : static_cast<long>(trace.calls.size());
+    count = static_cast<long>(trace.calls.size());
+    return run.after() && !trace.died && trace.text == succeeded;
 }
 
-long countAllocations(const std::function<bool()>& operation) {
+bool countAllocations(const CountedRun& run, long& count) {
     if (!test::canCountAllocations())
-        return -1;
+        return true;
+    if (!run.before())
+        return false;
     const test::AllocationCounter allocations;
-    (void)operation();
-    return static_cast<long>(allocations.count());
+    const bool done = run.operation();
+    count = static_cast<long>(allocations.count());
+    return run.after() && done;
 }
 
 }  // namespace
 
-Cost countCost(const std::function<bool()>& operation) {
-    return {countSystemCalls(operation), countAllocations(operation)};
+bool countCost(const CountedRun& run, Cost& cost) {
+    return countSystemCalls(run, cost.systemCalls) && countAllocations(run, cost.allocations);
 }
 
 }  // namespace ZR::benchmarks

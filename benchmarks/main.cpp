@@ -58,6 +58,16 @@ bool printTable(FILE* output) {
     return good;
 }
 
+/// Prints the 99th percentiles, where they are of interest.
+void printTails(FILE* output) {
+    for (const Row& row : rows()) {
+        if (!row.showsTail || !row.failure.empty())
+            continue;
+        std::fprintf(output, "%-30s %11.1f %11.1f   99th percentile\n", row.operation.c_str(),
+                     row.floorTailNanoseconds, row.libraryTailNanoseconds);
+    }
+}
+
 }  // namespace
 }  // namespace ZR::benchmarks
 
@@ -80,5 +90,7 @@ int main(int count, char** arguments) {
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     std::fprintf(output, "\nMeasured on: %s\n", board.c_str());
-    return printTable(output) ? EXIT_SUCCESS : EXIT_FAILURE;
+    const bool good = printTable(output);
+    printTails(output);
+    return good ? EXIT_SUCCESS : EXIT_FAILURE;
 }
