@@ -58,6 +58,12 @@ int zr_family_multicast(const struct zr_family *family, struct sk_buff *skb);
 void zr_family_log(const struct zr_family *family, const char *format, ...)
 	__printf(2, 3);
 
+/* A notification like those of the family's drivers, of its first channel. */
+struct zr_notice zr_notice_sample(const struct zr_family *family);
+/* Send the malformed one that @word names. */
+int zr_malformed_send(const struct zr_family *family, const char *word);
+int zr_malformed_show(struct seq_file *file, void *v);
+
 void zr_notify_create_knobs(struct dentry *folder);
 
 #endif
