@@ -20,6 +20,10 @@ check_unload_in_use() {
         'cat: -: Input/output error'
     exec 7<&- 8<&- 9<&-
     insmod "$MODULE"
+    start_listener ZR_DI
+    check "the module unloads while a listener waits" "$(rmmod zr_terminal 2>&1)" ''
+    insmod "$MODULE"
+    stop_listener
     exec 7<"$KNOBS/zr_di.0/state/value"
     check "an open knob keeps the module" "$(rmmod zr_terminal 2>&1)" \
         'rmmod: ERROR: Module zr_terminal is in use'
@@ -28,11 +32,12 @@ check_unload_in_use() {
 
 # Reads and writes everything again and again until its parent ends it.
 disturb() {
-    local file
+    local file text=0
     while true; do
+        text=$((1 - text))
         for file in "$@"; do
             { read -r _ <"$file"; } 2>/dev/null
-            { echo 1 >"$file"; } 2>/dev/null
+            { echo "$text" >"$file"; } 2>/dev/null
         done
     done
 }
@@ -62,6 +67,29 @@ check_presence_under_load() {
         "$(cat "$KNOBS"/*/present | sort -u)" 1
     reload
     reads "the board reads after a reload" "$PLATFORM/zr_di.0/state" 0
+}
+
+# Changes and floods on families that come and go, one listener joined to the first of them.
+check_families_under_load() {
+    local round switch writers=()
+    start_listener ZR_DO
+    disturb "$PLATFORM"/zr_do.*/state "$KNOBS"/notify/*/flood &
+    writers+=($!)
+    disturb "$KNOBS"/{zr_di.0/state,zr_do.0/state,ai.0/value,light/value}/value &
+    writers+=($!)
+    for ((round = 0; round < 40; round++)); do
+        for switch in "$KNOBS"/notify/*/registered; do
+            echo $((round % 2)) >"$switch"
+        done
+    done
+    kill "${writers[@]}"
+    wait "${writers[@]}" 2>/dev/null
+    stop_listener
+    check "every family is there after 40 rounds under load" \
+        "$(cat "$KNOBS"/notify/*/registered | sort -u)" 1
+    reload
+    check "a family is described after a reload" "$(perl "$LISTENER" describe ZR_DI 2>&1)" \
+        'attributes 2 1 3 4 5 7 groups id events'
 }
 
 check_kernel_log() {

@@ -3,7 +3,7 @@
 
 check_colour_board() {
     reload key=colour encoder=colour rgb=sys key_trigger=none backlight=class supply=bat \
-        ignition=0 variant=dual ai_without=measure_mode,hysteresis
+        ignition=0 variant=dual ai_without=measure_mode,hysteresis families=ANALOG,ZR_QUIET
     reads "colour key LED" "$LEDS/bl:key/max_brightness" 16777215
     accepts "colour key LED takes a colour" 1193046 "$LEDS/bl:key/brightness" 1193046
     check "key LED without a trigger at load" "$(grep -c '\[none\]' "$LEDS/bl:key/trigger")" 1
@@ -20,6 +20,8 @@ check_colour_board() {
     is_missing "analog input without hysteresis" "$ANALOG/ai.3/hysteresis"
     is_there "analog input with toggle_load" "$ANALOG/ai.0/toggle_load"
     is_missing "no knob for what is left out" "$KNOBS/ai.0/hysteresis"
+    check "families that are named" "$(cat "$NOTIFY"/{ANALOG,ZR_DI,ZR_DO,ZR_QUIET}/registered |
+        tr '\n' ,)" 1,0,0,1,
     is_there "light keeps its hysteresis" "$ANALOG/light/hysteresis"
     check "dual board's processor" "$(tr '\0' , </proc/device-tree/compatible)" \
         'zr,terminal-dual,fsl,imx6dl,'
@@ -46,7 +48,7 @@ check_legacy_board() {
 }
 
 check_bare_board() {
-    reload key=none encoder=none rgb=none backlight=none supply=none device_tree=0
+    reload key=none encoder=none rgb=none backlight=none supply=none device_tree=0 families=
     is_missing "no key LED" "$LEDS/bl:key"
     is_missing "no encoder LED" "$LEDS/bl:enc"
     is_missing "no status LED" "$LEDS/user:rgb"
@@ -55,13 +57,14 @@ check_bare_board() {
     is_missing "no supply" "$ANALOG/supply_vcc"
     is_missing "no battery" "$ANALOG/board_12v_bat"
     is_missing "no device tree" /proc/device-tree
+    check "no families" "$(cat "$NOTIFY"/*/registered | sort -u)" 0
 }
 
 check_wrong_parameters() {
     local parameter
     rmmod zr_terminal
     for parameter in key=pink encoder=1 rgb=no backlight=led supply=5v variant=imx8 \
-        ai_without=mode absent=lamp simcan=5; do
+        ai_without=mode absent=lamp simcan=5 families=ZR_DI,DO; do
         check "$parameter is refused" "$(insmod "$MODULE" "$parameter" 2>&1)" \
             "insmod: ERROR: could not insert module $MODULE: Invalid parameters"
         is_missing "$parameter leaves nothing behind" "$KNOBS"
