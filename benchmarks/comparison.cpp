@@ -106,6 +106,7 @@ void run(benchmark::State& state, const Comparison& comparison, Row& row) {
     if (row.operation.empty()) {
         row.operation = comparison.operation;
         row.showsTail = comparison.showsTail;
+        row.showsRate = comparison.showsRate;
         countCosts(comparison, row);
     }
     if (!row.failure.empty()) {

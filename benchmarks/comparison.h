@@ -27,6 +27,7 @@ struct Row {
     Cost floor;
     Cost library;
     bool showsTail = false;
+    bool showsRate = false;
     std::string failure;  ///< empty when the operation did what it must, at its exact cost
 };
 
@@ -50,6 +51,7 @@ struct Comparison {
     long allowedAllocations = 0;
     long longestBatch = 4096;
     bool showsTail = false;  ///< the 99th percentile is of interest, not the median alone
+    bool showsRate = false;  ///< operations a second are of interest
 };
 
 /// Registers a comparison with Google Benchmark.
@@ -72,16 +74,22 @@ Batch batchOf(Operation operation) {
 }
 
 /// Compares two operations that answer whether they succeeded.
+/// @param comparison  all but the two sides
 template <typename Floor, typename Library>
-void compare(std::string operation, Floor floor, Library library, long allowedAllocations = 0) {
-    Comparison comparison;
-    comparison.operation = std::move(operation);
+void compare(Comparison comparison, Floor floor, Library library) {
     comparison.floor = batchOf(floor);
     comparison.library = batchOf(library);
     comparison.floorOnce = floor;
     comparison.libraryOnce = library;
-    comparison.allowedAllocations = allowedAllocations;
     registerComparison(std::move(comparison));
+}
+
+template <typename Floor, typename Library>
+void compare(std::string operation, Floor floor, Library library, long allowedAllocations = 0) {
+    Comparison comparison;
+    comparison.operation = std::move(operation);
+    comparison.allowedAllocations = allowedAllocations;
+    compare(std::move(comparison), floor, library);
 }
 
 }  // namespace ZR::benchmarks

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "benchmarks/board.h"
+#include "benchmarks/can_pair.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/operations.h"
 
@@ -58,13 +59,18 @@ bool printTable(FILE* output) {
     return good;
 }
 
-/// Prints the 99th percentiles, where they are of interest.
-void printTails(FILE* output) {
+/// Prints what the table has no columns for, where it is of interest.
+void printDetails(FILE* output) {
+    constexpr double nanoseconds = 1e9;
     for (const Row& row : rows()) {
-        if (!row.showsTail || !row.failure.empty())
+        if (!row.failure.empty())
             continue;
-        std::fprintf(output, "%-30s %11.1f %11.1f   99th percentile\n", row.operation.c_str(),
-                     row.floorTailNanoseconds, row.libraryTailNanoseconds);
+        if (row.showsTail)
+            std::fprintf(output, "%-30s %11.1f %11.1f   99th percentile\n", row.operation.c_str(),
+                         row.floorTailNanoseconds, row.libraryTailNanoseconds);
+        if (row.showsRate)
+            std::fprintf(output, "%-30s %11.0f %11.0f   a second\n", row.operation.c_str(),
+                         nanoseconds / row.floorNanoseconds, nanoseconds / row.libraryNanoseconds);
     }
 }
 
@@ -82,15 +88,17 @@ int main(int count, char** arguments) {
         std::fprintf(stderr, "zrapi_benchmarks: %s\n", board.c_str());
         return exitNothingToMeasureOn;
     }
+    board += "; CAN: " + canPair()->description();
     benchmark::AddCustomContext("board", board);
     compareInputsAndOutputs();
     compareDimmableDevices();
     compareFeatureDetection();
     compareLoading();
+    compareCan();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     std::fprintf(output, "\nMeasured on: %s\n", board.c_str());
     const bool good = printTable(output);
-    printTails(output);
+    printDetails(output);
     return good ? EXIT_SUCCESS : EXIT_FAILURE;
 }

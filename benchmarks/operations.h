@@ -7,5 +7,6 @@ void compareInputsAndOutputs();
 void compareDimmableDevices();
 void compareFeatureDetection();
 void compareLoading();
+void compareCan();
 
 }  // namespace ZR::benchmarks
