@@ -280,7 +280,7 @@ check_can_inject() {
     hears "injected frames arrive" 123#1122 12345678#0102030405060708 123#R 00000001#R4 7FF#
     check "they are counted" "$(counter "$first" rx_packets)" 5
     check "the partner gets none of them" "$(counter "$second" rx_packets)" 0
-    for text in 123 '#11' 12#11 1234#11 800#11 20000000#11 123#1 123#112233445566778899 123#R9 \
+    for text in 123 '#11' 12#11 1234#11 0x1#11 +12#11 800#11 20000000#11 123#1 123#112233445566778899 123#R9 \
         123#0x 12x#11 '123# 11'; do
         refuses "no frame is '$text'" "$text" "$inject" 'Invalid argument'
     done
