@@ -1,11 +1,10 @@
 #include <algorithm>
-#include <csignal>
-#include <ctime>
 #include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
 
+#include "tools/zrctl/end_request.h"
 #include "tools/zrctl/io_channel.h"
 #include "tools/zrctl/output.h"
 
@@ -15,27 +14,6 @@ namespace {
 constexpr long long defaultInterval = 200;
 constexpr long long longestInterval = 60000;
 constexpr long long unlimited = std::numeric_limits<long long>::max();
-
-/// The end that a user asks for by Ctrl-C, or the system by SIGTERM. The signals stay blocked and
-/// are only ever taken by waiting for them, so that none is lost and none interrupts a reading.
-class EndRequest {
-  public:
-    EndRequest() {
-        sigemptyset(&signals_);
-        sigaddset(&signals_, SIGINT);
-        sigaddset(&signals_, SIGTERM);
-        (void)sigprocmask(SIG_BLOCK, &signals_, nullptr);
-    }
-
-    /// @return true when the end was asked for before the time was over
-    bool wait(long long milliseconds) const {
-        const timespec time{milliseconds / 1000, milliseconds % 1000 * 1000000};
-        return sigtimedwait(&signals_, nullptr, &time) > 0;
-    }
-
-  private:
-    sigset_t signals_;
-};
 
 struct WatchedChannel {
     std::unique_ptr<Channel> channel;
@@ -89,7 +67,7 @@ int runIoWatch(const Words& words, const CommonOptions& common) {
             const int status = showChanges(watch, common);
             if (status != statusSuccess || watch.linesLeft == 0)
                 return status;
-            if (endRequest.wait(watch.interval) || outputReaderLeft())
+            if (endRequest.wait(static_cast<int>(watch.interval)))
                 return statusSuccess;
         }
     } catch (const OutputError& error) {

@@ -2,6 +2,7 @@
 
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "common/zrapi_common/zr_debug.h"
 #include "tools/zrctl/output.h"
@@ -39,16 +40,46 @@ class LineBuffer : public std::streambuf {
     std::string line_;
 };
 
+ssize_t writeToBuffer(void* buffer, const char* text, std::size_t size) {
+    return static_cast<std::streambuf*>(buffer)->sputn(text, static_cast<std::streamsize>(size));
+}
+
+/// A C stream that ends in @p buffer; null when there is no memory for one.
+std::FILE* openStream(std::streambuf* buffer) {
+    cookie_io_functions_t functions{};
+    functions.write = writeToBuffer;
+    std::FILE* const stream = ::fopencookie(buffer, "w", functions);
+    if (stream != nullptr)
+        (void)std::setvbuf(stream, nullptr, _IONBF, 0);
+    return stream;
+}
+
+/// Puts @p replacement in the place of a standard stream. @return what was there
+std::FILE* replaceStream(std::FILE*& stream, std::FILE* replacement) {
+    return replacement == nullptr ? nullptr : std::exchange(stream, replacement);
+}
+
+void restoreStream(std::FILE*& stream, std::FILE* original) {
+    if (original != nullptr)
+        (void)std::fclose(std::exchange(stream, original));
+}
+
 }  // namespace
 
+// libsocketcan and printf know nothing of std::cout. The C library lets a program exchange its
+// standard streams; the tool itself writes to the descriptors and does not notice.
 LibraryVoice::LibraryVoice(bool audible)
     : replacement_(std::make_unique<LineBuffer>(audible)),
-      original_(std::cout.rdbuf(replacement_.get())) {
+      original_(std::cout.rdbuf(replacement_.get())),
+      originalOutput_(replaceStream(stdout, openStream(replacement_.get()))),
+      originalErrors_(replaceStream(stderr, openStream(replacement_.get()))) {
     ZR::ZRDebug::setSink(audible ? showReport : dropReport);
 }
 
 LibraryVoice::~LibraryVoice() {
     ZR::ZRDebug::setSink(nullptr);
+    restoreStream(stderr, originalErrors_);
+    restoreStream(stdout, originalOutput_);
     std::cout.rdbuf(original_);
 }
 

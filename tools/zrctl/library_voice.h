@@ -1,14 +1,16 @@
 #pragma once
 
+#include <cstdio>
 #include <ios>
 #include <memory>
 #include <streambuf>
 
 namespace zrctl {
 
-/// Keeps what the library says by itself (its reports, and its lines on standard output) out of
-/// the tool's own output while an object of this class lives: dropped, or, when asked for, written
-/// to standard error as lines that start with "library: ". One object at a time.
+/// Keeps what the library says by itself (its reports, and its lines on standard output and
+/// error, C streams included) out of the tool's own output while an object of this class lives:
+/// dropped, or, when asked for, written to standard error as lines that start with "library: ".
+/// One object at a time.
 class LibraryVoice {
   public:
     explicit LibraryVoice(bool audible);
@@ -19,6 +21,8 @@ class LibraryVoice {
   private:
     std::unique_ptr<std::streambuf> replacement_;
     std::streambuf* original_;
+    std::FILE* originalOutput_;
+    std::FILE* originalErrors_;
 };
 
 }  // namespace zrctl

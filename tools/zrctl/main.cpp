@@ -17,6 +17,7 @@ Subcommands:
   features    which input devices and which processor the terminal has
   io          digital and analog inputs, outputs, sensors, ignition
   dimmable    display, key and encoder illumination, RGB LED, beeper
+  can         CAN ports: state, bit rate, frames
 
 Options, anywhere on the line:
   --json      write JSON instead of text
@@ -38,10 +39,11 @@ struct Subcommand {
 };
 
 const Subcommand* findSubcommand(const std::string& name) {
-    static const std::array<Subcommand, 3> subcommands{{
+    static const std::array<Subcommand, 4> subcommands{{
         {{"features", runFeatures}, featuresHelp},
         {{"io", runIo}, ioHelp},
         {{"dimmable", runDimmable}, dimmableHelp},
+        {{"can", runCan}, canHelp},
     }};
     for (const Subcommand& subcommand : subcommands) {
         if (name == subcommand.command.name)

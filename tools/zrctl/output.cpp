@@ -1,7 +1,6 @@
 #include "tools/zrctl/output.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -50,11 +49,6 @@ void print(std::string_view text) {
 std::string column(std::string text, std::size_t width) {
     text.resize(std::max(text.size(), width), ' ');
     return text;
-}
-
-bool outputReaderLeft() {
-    pollfd output{STDOUT_FILENO, 0, 0};
-    return ::poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
 }
 
 void printError(std::string_view text) {

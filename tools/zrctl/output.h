@@ -27,9 +27,6 @@ void print(std::string_view text);
 /// Fills a text up with blanks to a column's width.
 std::string column(std::string text, std::size_t width);
 
-/// True when the reader of a pipe on standard output has left.
-bool outputReaderLeft();
-
 /// Writes the line "zrctl: <text>" to standard error.
 void printError(std::string_view text);
 
