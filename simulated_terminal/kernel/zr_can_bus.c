@@ -17,6 +17,7 @@ DEFINE_SPINLOCK(zr_can_lock);
 static struct zr_can *members[ZR_CAN_MAX];
 static int member_count;
 static struct zr_can *sender;	/* whose frame is on the bus */
+static struct zr_can *last_sender;
 static struct hrtimer frame_end;
 
 static struct can_priv *priv_of(const struct zr_can *can)
@@ -145,6 +146,15 @@ static u64 rank(const struct can_frame *frame)
 	       ((u64)(id & 0x3ffff) << 1) | remote;
 }
 
+/* A passive sender waits a little longer, so that it cannot block the bus. */
+static u64 turn(const struct zr_can *can)
+{
+	bool yields = can == last_sender &&
+		      priv_of(can)->state == CAN_STATE_ERROR_PASSIVE;
+
+	return rank(&can->frame) | (yields ? BIT_ULL(63) : 0);
+}
+
 static void begin_next(void)
 {
 	int i;
@@ -156,7 +166,7 @@ static void begin_next(void)
 
 		if (!can->sending || !zr_can_on_bus(can))
 			continue;
-		if (!sender || rank(&can->frame) < rank(&sender->frame))
+		if (!sender || turn(can) < turn(sender))
 			sender = can;
 	}
 	if (sender)
@@ -274,6 +284,7 @@ static enum hrtimer_restart frame_ends(struct hrtimer *timer)
 
 	spin_lock(&zr_can_lock);
 	can = sender;
+	last_sender = sender;
 	sender = NULL;
 	/* It may have left the bus, or lost its frame, meanwhile. */
 	if (can && can->sending && zr_can_on_bus(can)) {
