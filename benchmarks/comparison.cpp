@@ -150,8 +150,11 @@ class ComparisonBenchmark : public benchmark::Fixture {
 
 void registerComparison(Comparison comparison) {
     table.emplace_back();
+    const long samples = comparison.samples;
     auto benchmark = std::make_unique<ComparisonBenchmark>(std::move(comparison), table.size() - 1);
     benchmark->UseManualTime();
+    if (samples > 0)
+        benchmark->Iterations(samples);
     benchmark::internal::RegisterBenchmarkInternal(benchmark.release());  // who owns it from now on
 }
 

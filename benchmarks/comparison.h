@@ -50,6 +50,7 @@ struct Comparison {
     Preparation after{};   ///< where set, comes after them
     long allowedAllocations = 0;
     long longestBatch = 4096;
+    long samples = 0;        ///< pairs of batches; 0: as many as the time allows
     bool showsTail = false;  ///< the 99th percentile is of interest, not the median alone
     bool showsRate = false;  ///< operations a second are of interest
 };

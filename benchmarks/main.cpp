@@ -9,6 +9,7 @@
 #include "benchmarks/board.h"
 #include "benchmarks/can_pair.h"
 #include "benchmarks/comparison.h"
+#include "benchmarks/notification_line.h"
 #include "benchmarks/operations.h"
 
 namespace ZR::benchmarks {
@@ -89,14 +90,19 @@ int main(int count, char** arguments) {
         return exitNothingToMeasureOn;
     }
     board += "; CAN: " + canPair()->description();
+    board += "; notifications: " + notificationLine()->description();
     benchmark::AddCustomContext("board", board);
     compareInputsAndOutputs();
     compareDimmableDevices();
     compareFeatureDetection();
     compareLoading();
     compareCan();
+    // Last, because it ends with more threads than one.
+    compareNotifications();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
+    // What the comparisons own ends before main does, their threads above all.
+    benchmark::ClearRegisteredBenchmarks();
     std::fprintf(output, "\nMeasured on: %s\n", board.c_str());
     const bool good = printTable(output);
     printDetails(output);

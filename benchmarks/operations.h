@@ -8,5 +8,6 @@ void compareDimmableDevices();
 void compareFeatureDetection();
 void compareLoading();
 void compareCan();
+void compareNotifications();
 
 }  // namespace ZR::benchmarks
