@@ -49,7 +49,7 @@ bool sendToKernel(const FileDescriptor& socket, const MessageBuffer& message, st
     while (done < length) {
         const ssize_t sent = ::sendto(socket.get(), message.bytes.data() + done, length - done, 0,
                                       reinterpret_cast<const sockaddr*>(&kernel), sizeof kernel);
-        if (sent == 0 || (sent < 0 && errno != EAGAIN))
+        if (sent < 1 && errno != EAGAIN)
             return false;
         done += sent > 0 ? static_cast<std::size_t>(sent) : 0;
     }
