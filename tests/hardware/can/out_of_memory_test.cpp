@@ -1,0 +1,43 @@
+#include <gtest/gtest.h>
+
+#include <new>
+
+#include "hardware/can/can_socket.h"
+#include "tests/support/substitutes/can_socket_substitute.h"
+#include "tests/support/substitutes/operator_new_substitute.h"
+
+// Where there is no memory.
+
+namespace ZR::test {
+namespace {
+
+struct OpenSocket : CANSocket {
+    using CANSocket::filters;
+};
+
+class CanOutOfMemory : public testing::Test {
+  protected:
+    CanOutOfMemory() { CanSocketSubstitute::reset(); }
+    ~CanOutOfMemory() override { OperatorNewSubstitute::failNext = false; }
+};
+
+TEST_F(CanOutOfMemory, create_lets_the_exception_of_its_construction_pass) {
+    OperatorNewSubstitute::failNext = true;
+    EXPECT_THROW((void)ZRCANRaw::create(0, 0, 0), std::bad_alloc);
+    OperatorNewSubstitute::failNext = true;
+    EXPECT_THROW((void)ZRCANRaw::create(1, 250000, "can0", 0, 0, 0), std::bad_alloc);
+}
+
+TEST_F(CanOutOfMemory, a_filter_that_cannot_be_kept_still_reaches_the_kernel) {
+    OpenSocket socket;
+    OperatorNewSubstitute::failNext = true;
+    EXPECT_EQ(socket.addIDFilter(1, 2), 0U);
+    EXPECT_FALSE(OperatorNewSubstitute::failNext) << "no memory was needed";
+    EXPECT_TRUE(socket.filters.empty());
+    EXPECT_EQ(CanSocketSubstitute::calls.size(), 1U);
+    EXPECT_EQ(socket.addIDFilter(3, 4), 0U);
+    EXPECT_EQ(socket.filters.size(), 1U);
+}
+
+}  // namespace
+}  // namespace ZR::test
