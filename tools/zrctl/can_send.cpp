@@ -49,8 +49,6 @@ std::string adviseOnSending(const CanPort& port, unsigned int result) {
     const std::string number = std::to_string(port.number);
     if (!port.isUp())
         return "the port is stopped; 'zrctl can bitrate " + number + " BIT/S' starts it";
-    if (ZR::ZRCAN::getState(port.number) == canStateBusOff)
-        return "the controller is bus-off; check the bus, then stop the port and start it again";
     return "the queue of the port stays full; check that somebody on the bus has the same bit "
            "rate, or give more --retries";
 }
@@ -62,10 +60,14 @@ Report frameReport(const CanPort& port, const ZR::ZRCANMessage& frame, unsigned 
     report.json = canPortJson(port);
     report.json.addText("frame", text);
     report.outcome.result = result;
-    if (result == ZR::ResultSuccess)
-        report.text = report.thing + " sent: " + describeResult(result);
-    else
+    if (result != ZR::ResultSuccess)
         report.outcome.advice = adviseOnSending(port, result);
+    else if (ZR::ZRCAN::getState(port.number) == canStateBusOff)
+        report.outcome.advice =
+            "the controller is bus-off, and the kernel drops what it is given; "
+            "check the bus, then stop the port and start it again";
+    else
+        report.text = report.thing + " sent: " + describeResult(result);
     return report;
 }
 
@@ -89,7 +91,7 @@ int runCanSend(const Words& words, const CommonOptions& common) {
         const unsigned int result = opened == ZR::ResultSuccess ? socket->send(&frame) : opened;
         reports.push_back(frameReport(sending.port, asSent(frame), result));
         // The order of frames counts: nothing goes out behind one that did not.
-        if (result != ZR::ResultSuccess)
+        if (!reports.back().outcome.succeeded())
             break;
     }
     return show(reports, "frames", common);

@@ -52,6 +52,8 @@ extern const char* const dimmableHelp;
 int runDimmable(const Words& words, const CommonOptions& common);
 extern const char* const canHelp;
 int runCan(const Words& words, const CommonOptions& common);
+extern const char* const eventsHelp;
+int runEvents(const Words& words, const CommonOptions& common);
 /// @}
 
 }  // namespace zrctl

@@ -18,6 +18,7 @@ Subcommands:
   io          digital and analog inputs, outputs, sensors, ignition
   dimmable    display, key and encoder illumination, RGB LED, beeper
   can         CAN ports: state, bit rate, frames
+  events      what the drivers notify
 
 Options, anywhere on the line:
   --json      write JSON instead of text
@@ -39,11 +40,12 @@ struct Subcommand {
 };
 
 const Subcommand* findSubcommand(const std::string& name) {
-    static const std::array<Subcommand, 4> subcommands{{
+    static const std::array<Subcommand, 5> subcommands{{
         {{"features", runFeatures}, featuresHelp},
         {{"io", runIo}, ioHelp},
         {{"dimmable", runDimmable}, dimmableHelp},
         {{"can", runCan}, canHelp},
+        {{"events", runEvents}, eventsHelp},
     }};
     for (const Subcommand& subcommand : subcommands) {
         if (name == subcommand.command.name)

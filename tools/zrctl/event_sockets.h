@@ -1,0 +1,16 @@
+#pragma once
+
+namespace zrctl {
+
+/// @name The sockets that the dispatcher of events has opened
+/// It keeps them to itself; they are the only ones of their kind in this process.
+/// @{
+
+/// Gives them room for longer bursts.
+void enlargeEventSockets();
+
+/// How often a notification found no room in one of them.
+unsigned int lostEvents();
+/// @}
+
+}  // namespace zrctl
