@@ -33,7 +33,7 @@ static const struct genl_multicast_group groups[] = {
 
 struct zr_family zr_families[] = {
 	[ZR_NOTIFY_NOBODY] = {
-		/* Sends nothing: it has no group, for those who look for one. */
+		/* Has no group, for those who look for one. */
 		.genl = {
 			.name = "ZR_QUIET",
 			.version = ZR_NOTIFY_VERSION,

@@ -71,7 +71,7 @@ static int logged_get(void *data, u64 *logged)
 }
 DEFINE_DEBUGFS_ATTRIBUTE(logged_operations, logged_get, logged_set, "%llu\n");
 
-/* --- Bodies and datagrams as they are given ------------------------------- */
+/* --- Bodies and datagrams as they are given ------------------------------ */
 
 static struct sk_buff *with_header(const struct zr_family *family,
 				   const void *body, size_t size)
@@ -145,7 +145,7 @@ static const struct file_operations raw_operations = {
 	.write = raw_write,
 };
 
-/* --- Malformed ones -------------------------------------------------------- */
+/* --- Malformed ones ------------------------------------------------------ */
 
 static ssize_t malformed_write(struct file *file, const char __user *from,
 			       size_t size, loff_t *pos)
@@ -180,7 +180,7 @@ static const struct file_operations malformed_operations = {
 	.release = single_release,
 };
 
-/* --- Floods ---------------------------------------------------------------- */
+/* --- Floods -------------------------------------------------------------- */
 
 static int flood_one(struct zr_family *family, u32 number)
 {
@@ -217,7 +217,7 @@ static int flood_set(void *data, u64 count)
 }
 DEFINE_DEBUGFS_ATTRIBUTE(flood_operations, NULL, flood_set, "%llu\n");
 
-/* --------------------------------------------------------------------------- */
+/* ------------------------------------------------------------------------- */
 
 static void create_family_knobs(struct zr_family *family, struct dentry *parent)
 {

@@ -51,7 +51,7 @@ static void four_attributes(struct sk_buff *skb)
 	add(skb, ZR_NOTIFY_VALUE + 1, sizeof(u32));
 }
 
-/* --- Which ---------------------------------------------------------------- */
+/* --- Which --------------------------------------------------------------- */
 
 static void unknown_types(struct sk_buff *skb)
 {
@@ -77,7 +77,7 @@ static void no_channel(struct sk_buff *skb)
 	nth(skb, 0)->nla_type = ZR_NOTIFY_VALUE + 1;
 }
 
-/* --- Lengths of attributes ------------------------------------------------- */
+/* --- Lengths of attributes ----------------------------------------------- */
 
 static void zero_length(struct sk_buff *skb)
 {
@@ -110,7 +110,7 @@ static void cut_header(struct sk_buff *skb)
 	cut_at(skb, (u8 *)nth(skb, 2) + 2);
 }
 
-/* --- Payloads --------------------------------------------------------------- */
+/* --- Payloads ------------------------------------------------------------ */
 
 static void no_payload(struct sk_buff *skb)
 {
@@ -151,7 +151,7 @@ static void invalid(struct sk_buff *skb)
 	memset(nla_data(nth(skb, 1)), 0, sizeof(u32));
 }
 
-/* --- Headers ------------------------------------------------------------------ */
+/* --- Headers ------------------------------------------------------------- */
 
 static void wrong_family(struct sk_buff *skb)
 {
