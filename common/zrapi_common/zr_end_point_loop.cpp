@@ -112,7 +112,7 @@ void ZREndPointManager::Loop::deliver(Lock& lock, const epoll_event& event) {
     Registration* registration = find(key);
     if (registration == nullptr)
         return;
-    const bool suspicious = (event.events & WatchSet::errorEvents) != 0;
+    const bool suspicious = (event.events & WatchSet::faultEvents) != 0;
     Condition condition;
     withoutLock(lock, *registration, [&](const auto& endPoint, ZREndPointHandler& handler) {
         guarded("onEndPointReadable", [&] { handler.onEndPointReadable(endPoint, manager_); });
@@ -126,18 +126,18 @@ void ZREndPointManager::Loop::deliver(Lock& lock, const epoll_event& event) {
 /// @param suspicious  whether it is worth asking the kernel, which no ordinary event is
 ZREndPointManager::Loop::Condition ZREndPointManager::Loop::conditionOf(const ZREndPoint& endPoint,
                                                                         bool suspicious) {
-    Condition condition{endPoint.isConnected(), endPoint.getReadEndPointID(), false, 0};
-    if (suspicious && condition.descriptor >= 0 && reportsError(condition.descriptor)) {
-        condition.failing = true;
+    Condition condition{endPoint.isConnected(), endPoint.getReadEndPointID(), Fault::None, 0};
+    if (suspicious && condition.descriptor >= 0)
+        condition.fault = faultOf(condition.descriptor);
+    if (condition.fault != Fault::None)
         condition.unread = unreadBytes(condition.descriptor);
-    }
     return condition;
 }
 
 void ZREndPointManager::Loop::judge(Lock& lock, Registration& registration,
                                     const Condition& condition) {
     if (condition.connected && condition.descriptor == registration.descriptor &&
-        !registration.error.persists(condition.failing, condition.unread))
+        !registration.fault.persists(condition.fault, condition.unread))
         return;
     const bool replaced = condition.connected && condition.descriptor != registration.descriptor;
     unwatch(registration);
@@ -182,9 +182,7 @@ void ZREndPointManager::Loop::retry(Lock& lock, Registration& registration) {
     Registration* const tried = find(key);
     if (tried == nullptr || tried->descriptor >= 0)
         return;
-    const Condition& condition = outcome.condition;
-    const bool usable = condition.connected && condition.descriptor >= 0 && !condition.failing;
-    if (usable && watch(*tried, condition.descriptor)) {
+    if (outcome.condition.usable() && watch(*tried, outcome.condition.descriptor)) {
         withoutLock(lock, *tried, [](const auto& endPoint, ZREndPointHandler& handler) {
             guarded("onEndPointReconnected", [&] { handler.onEndPointReconnected(endPoint); });
         });
@@ -201,8 +199,7 @@ void ZREndPointManager::Loop::retry(Lock& lock, Registration& registration) {
 ZREndPointManager::Loop::Attempt ZREndPointManager::Loop::attempt(ZREndPoint& endPoint,
                                                                   bool mayReconnect) {
     Attempt outcome{ResultSuccess, conditionOf(endPoint, true)};
-    const Condition& condition = outcome.condition;
-    if (!mayReconnect || (condition.connected && condition.descriptor >= 0 && !condition.failing))
+    if (!mayReconnect || outcome.condition.usable())
         return outcome;
     outcome.result = endPoint.reconnect();
     outcome.condition = outcome.result == ResultSuccess ? conditionOf(endPoint, true) : Condition{};

@@ -46,15 +46,17 @@ class __attribute__((visibility("hidden"))) ZREndPointManager::Loop {
         bool reconnects = true;        ///< false once the end point answered "not supported"
         Clock::time_point due = never;
         std::chrono::seconds delay = firstReconnectDelay;
-        PersistentError error;
+        PersistentFault fault;
     };
 
     /// What an end point says of itself.
     struct Condition {
         bool connected = false;
         int descriptor = -1;
-        bool failing = false;
+        Fault fault = Fault::None;
         int unread = 0;
+
+        bool usable() const { return connected && descriptor >= 0 && fault == Fault::None; }
     };
 
     /// What came out of one try to get an end point back.

@@ -46,10 +46,10 @@ class ZRAPI_EXPORT ZREndPointManager {
     ///
     /// ZREndPointHandler::onEndPointReadable() is called whenever the read descriptor is readable
     /// or reports an error or a hang-up, possibly before this call returns. An end point that is no
-    /// longer connected after it counts as lost, and so does one whose error or hang-up is still
-    /// there after two callbacks that left nothing less to read. A lost one is announced by
-    /// onEndPointDisconnected() and is not watched until a later try succeeds, which
-    /// onEndPointReconnected() announces.
+    /// longer connected after it counts as lost. So does one that has hung up, with the second
+    /// callback that left nothing less to read, and one with an error that a read does not clear,
+    /// with the 16th. A lost one is announced by onEndPointDisconnected() and is not watched until a
+    /// later try succeeds, which onEndPointReconnected() announces.
     ///
     /// The descriptor is taken here, after each callback and after each reconnect.
     /// @param endPoint  kept until it is removed or the manager ends; null is ignored

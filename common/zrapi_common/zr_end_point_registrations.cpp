@@ -8,7 +8,6 @@ namespace ZR {
 void ZREndPointManager::Loop::add(std::shared_ptr<ZREndPoint> endPoint,
                                   ZREndPointHandler* handler) {
     const Condition condition = conditionOf(*endPoint, false);
-    const bool usable = condition.connected && condition.descriptor >= 0;
     Lock lock(mutex_);
     Registration* registration = find(endPoint.get());
     const bool known = registration != nullptr;
@@ -17,7 +16,7 @@ void ZREndPointManager::Loop::add(std::shared_ptr<ZREndPoint> endPoint,
         registration->endPoint = std::move(endPoint);
     }
     registration->handler = handler;
-    if (usable && registration->descriptor != condition.descriptor) {
+    if (condition.usable() && registration->descriptor != condition.descriptor) {
         unwatch(*registration);
         if (!watch(*registration, condition.descriptor))
             retryIn(*registration, firstReconnectDelay);
@@ -74,8 +73,7 @@ bool ZREndPointManager::Loop::watch(Registration& registration, int descriptor) 
     if (!set_.watch(descriptor, keyOf(registration)))
         return false;
     registration.descriptor = descriptor;
-    registration.error = {};
-    registration.delay = firstReconnectDelay;
+    registration.fault = {};
     registration.due = never;
     return true;
 }

@@ -16,25 +16,35 @@ constexpr std::chrono::seconds nextReconnectDelay(std::chrono::seconds delay) {
     return std::min(2 * delay, longestReconnectDelay);
 }
 
+/// What the kernel says of a descriptor.
+enum class Fault {
+    None,
+    Error,   ///< a read may clear it
+    HangUp,  ///< for good: no more can arrive
+};
+
 /// Tells an error that a read clears, or a hang-up behind which data wait, from one that stays and
 /// would keep the thread busy for ever.
-class PersistentError {
+class PersistentFault {
   public:
-    /// Judges what is seen after a callback that was made because of an error.
-    /// @param failing  the error or hang-up is there (still, or again)
-    /// @param unread   bytes that wait to be read; 0 where the descriptor cannot tell
+    /// Judges what is seen after a callback that was made because of a fault.
+    /// @param fault   what is there (still, or again)
+    /// @param unread  bytes that wait to be read; 0 where the descriptor cannot tell
     /// @return true when callbacks will not clear it
-    constexpr bool persists(bool failing, int unread) {
+    constexpr bool persists(Fault fault, int unread) {
         const bool progress = unread > 0 && (unread < unread_ || unread_ == 0);
-        fruitless_ = failing && !progress ? fruitless_ + 1 : 0;
-        unread_ = failing ? unread : 0;
-        return fruitless_ >= allowedFruitless;
+        fruitless_ = fault != Fault::None && !progress ? fruitless_ + 1 : 0;
+        unread_ = fault != Fault::None ? unread : 0;
+        return fruitless_ >= (fault == Fault::HangUp ? allowedHangUps : allowedErrors);
     }
 
   private:
-    // The first one may only look fruitless: it took the last data before a hang-up, or a second
-    // error arrived between its read and the question.
-    static constexpr int allowedFruitless = 2;
+    // The first may have read the last data; the second shows the handler that no more comes.
+    static constexpr int allowedHangUps = 2;
+
+    // Errors that follow each other closely arrive between a read and the question, and look like
+    // one that stays.
+    static constexpr int allowedErrors = 16;
 
     int fruitless_ = 0;
     int unread_ = 0;

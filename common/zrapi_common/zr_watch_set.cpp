@@ -28,10 +28,13 @@ bool addTo(int set, int descriptor, std::uint64_t key) {
 
 }  // namespace
 
-bool reportsError(int descriptor) {
+Fault faultOf(int descriptor) {
     pollfd question{descriptor, POLLIN | POLLRDHUP, 0};
-    return ::poll(&question, 1, 0) == 1 &&
-           (question.revents & (POLLERR | POLLHUP | POLLRDHUP | POLLNVAL)) != 0;
+    if (::poll(&question, 1, 0) != 1)
+        return Fault::None;
+    if ((question.revents & (POLLHUP | POLLRDHUP | POLLNVAL)) != 0)
+        return Fault::HangUp;
+    return (question.revents & POLLERR) != 0 ? Fault::Error : Fault::None;
 }
 
 int unreadBytes(int descriptor) {

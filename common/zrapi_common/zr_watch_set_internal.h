@@ -7,11 +7,12 @@
 #include <cstdint>
 
 #include "common/file_descriptor_internal.h"
+#include "common/zrapi_common/zr_reconnect_internal.h"
 
 namespace ZR {
 
-/// Tells whether the kernel reports an error or a hang-up, or does not know the descriptor.
-bool reportsError(int descriptor);
+/// What is wrong with a descriptor. One that is not open has hung up.
+Fault faultOf(int descriptor);
 
 /// The bytes that wait to be read; 0 where the descriptor cannot tell.
 int unreadBytes(int descriptor);
@@ -20,7 +21,7 @@ int unreadBytes(int descriptor);
 class WatchSet {
   public:
     /// What epoll says along with "readable" about a descriptor that has a fault.
-    static constexpr std::uint32_t errorEvents = EPOLLERR | EPOLLHUP | EPOLLRDHUP;
+    static constexpr std::uint32_t faultEvents = EPOLLERR | EPOLLHUP | EPOLLRDHUP;
 
     using Events = std::array<epoll_event, 256>;
 

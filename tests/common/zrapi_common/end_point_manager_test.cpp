@@ -324,8 +324,7 @@ TEST(EndPointManager_pure, what_a_handler_raises_is_reported_and_the_end_point_s
     EXPECT_EQ(handler.calls(), "readable");
 }
 
-TEST(EndPointManager_pure, its_end_waits_for_the_running_callback) {
-    const std::shared_ptr<TestEndPoint> endPoint = makeAlwaysReadable();
+TEST(EndPointManager_pure, its_end_waits_for_the_running_callback_and_starts_no_other) {
     RecordingHandler handler;
     Gate entered;
     Gate goOn;
@@ -336,7 +335,11 @@ TEST(EndPointManager_pure, its_end_waits_for_the_running_callback) {
         callbackEnded = true;
     };
     auto manager = std::make_unique<ZREndPointManager>();
-    manager->addEndPoint(endPoint, &handler);
+    {
+        const Pause pause(*manager);
+        manager->addEndPoint(makeAlwaysReadable(), &handler);
+        manager->addEndPoint(makeAlwaysReadable(), &handler);
+    }
     ASSERT_TRUE(entered.wait());
     std::thread opener([&goOn] {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
