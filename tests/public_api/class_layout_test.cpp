@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <type_traits>
 
@@ -13,21 +12,13 @@
 #include "common/zrapi_utility/zr_files_and_folders.h"
 #include "hardware/dimmable/zr_dimmable.h"
 #include "hardware/input_output/zr_input_output.h"
+#include "tests/public_api/member_offset.h"
 
 namespace {
 
 using ZR::AttributeStream;
 using ZR::ZRDimmable;
 using ZR::ZRInputOutput;
-
-/// A pointer to a data member is its offset in the Itanium ABI.
-template <typename Class, typename Member>
-std::ptrdiff_t offset(Member Class::*member) {
-    static_assert(sizeof member == sizeof(std::ptrdiff_t));
-    std::ptrdiff_t result = -1;
-    std::memcpy(&result, &member, sizeof result);
-    return result;
-}
 
 /// What ZRInputOutput is to look like to the compiler.
 struct InputOutputReference {

@@ -21,6 +21,9 @@
 namespace {
 
 constexpr char ignitionPathSymbol[] = "_ZN2ZR13ZRInputOutput17ignitionInputPathB5cxx11E";
+constexpr char canSectionSymbol[] = "_ZN2ZR5ZRCAN12debugSectionE";
+constexpr char canRawSectionSymbol[] = "_ZN2ZR8ZRCANRaw12debugSectionE";
+constexpr char canInterfaceTypeSymbol[] = "_ZN2ZR8ZRCANRaw21hardwareInterfaceTypeE";
 constexpr char inputOutputSectionSymbol[] = "_ZN2ZR13ZRInputOutput12debugSectionE";
 constexpr char dimmableSectionSymbol[] = "_ZN2ZR10ZRDimmable12debugSectionE";
 constexpr char dimmableInstanceSymbol[] = "_ZN2ZR10ZRDimmable11getInstanceEv";
@@ -142,15 +145,23 @@ TEST(LibraryLoading_pure, loading_registers_the_sections_and_stores_their_handle
     const Library library;
     ASSERT_TRUE(library.isLoaded()) << ::dlerror();
     std::vector<std::string> sections = registeredSections();
-    ASSERT_EQ(sections.size(), 2U);
+    ASSERT_EQ(sections.size(), 4U);
     const auto handleOf = [&sections](const char* name) {
         const auto found = std::find(sections.begin(), sections.end(), name);
         return firstHandle + static_cast<unsigned int>(found - sections.begin());
     };
+    EXPECT_EQ(*library.symbol<unsigned int>(canSectionSymbol), handleOf("zr_can"));
+    EXPECT_EQ(*library.symbol<unsigned int>(canRawSectionSymbol), handleOf("zr_can_raw"));
     EXPECT_EQ(*library.symbol<unsigned int>(inputOutputSectionSymbol), handleOf("zr_io"));
     EXPECT_EQ(*library.symbol<unsigned int>(dimmableSectionSymbol), handleOf("zr_dimmable"));
     std::sort(sections.begin(), sections.end());
-    EXPECT_EQ(sections, (std::vector<std::string>{"zr_dimmable", "zr_io"}));
+    EXPECT_EQ(sections, (std::vector<std::string>{"zr_can", "zr_can_raw", "zr_dimmable", "zr_io"}));
+}
+
+TEST(LibraryLoading_pure, the_type_of_can_hardware_is_0_after_loading) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    EXPECT_EQ(*library.symbol<int>(canInterfaceTypeSymbol), 0);
 }
 
 TEST(LibraryLoading_pure, the_ignition_path_is_empty_after_loading) {
@@ -189,7 +200,7 @@ TEST(LibraryLoading_pure, the_library_can_be_loaded_again) {
     ASSERT_TRUE(first.unload());
     const Library second;
     ASSERT_TRUE(second.isLoaded()) << ::dlerror();
-    EXPECT_EQ(registeredSections().size(), 4U);
+    EXPECT_EQ(registeredSections().size(), 8U);
 }
 
 TEST(LibraryLoading_pure, unloading_destroys_the_ignition_path) {
@@ -240,4 +251,40 @@ TEST(SlotOrder_pure, dimmable_has_its_operations_in_order) {
         "ZR::ZRDimmable::getMinDisplayBacklightIntensity(unsigned int*)",
         "ZR::ZRDimmable::isColorSupported(ZR::ZRDimmableDevice) const"};
     EXPECT_EQ(slots(library, "_ZTVN2ZR10ZRDimmableE"), expected);
+}
+
+/// By address: the optimiser gives operations that do the same one body with several names.
+TEST(SlotOrder_pure, can_sockets_have_the_end_points_operations_and_then_their_own) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    const auto* const table = library.symbol<void* const>("_ZTVN2ZR9CANSocketE");
+    ASSERT_NE(table, nullptr);
+    const std::vector<const char*> expected{"_ZN2ZR9CANSocketD1Ev",
+                                            "_ZN2ZR9CANSocketD0Ev",
+                                            "_ZNK2ZR9CANSocket17getReadEndPointIDEv",
+                                            "_ZNK2ZR9CANSocket18getWriteEndPointIDEv",
+                                            "_ZNK2ZR9CANSocket11isConnectedEv",
+                                            "_ZN2ZR9CANSocket9reconnectEv",
+                                            "_ZN2ZR9CANSocket10initializeEjjPKc",
+                                            "_ZN2ZR9CANSocket10initializeEj",
+                                            "_ZN2ZR9CANSocket4sendEPNS_12ZRCANMessageE",
+                                            "_ZN2ZR9CANSocket7receiveEPNS_12ZRCANMessageE",
+                                            "_ZN2ZR9CANSocket10setPollingEbj",
+                                            "_ZN2ZR9CANSocket11addIDFilterEjj"};
+    ASSERT_EQ(slots(library, "_ZTVN2ZR9CANSocketE").size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        EXPECT_EQ(table[i + 2], library.symbol<void>(expected[i])) << demangled(expected[i]);
+}
+
+TEST(SlotOrder_pure, controllers_have_their_operations_in_order) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    std::vector<std::string> operations = slots(library, "_ZTVN2ZR15CANLibsocketcanE");
+    ASSERT_EQ(operations.size(), 4U);
+    // The destructor is inline: each library has its own.
+    operations.erase(operations.begin(), operations.begin() + 2);
+    const std::vector<std::string> expected{
+        "ZR::CANLibsocketcan::setBaudrate(unsigned int, unsigned int)",
+        "ZR::CANLibsocketcan::getBaudrate(unsigned int) const"};
+    EXPECT_EQ(operations, expected);
 }

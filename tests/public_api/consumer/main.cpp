@@ -9,6 +9,10 @@
 #include <common/zrapi_utility/zr_file_access.h>
 #include <common/zrapi_utility/zr_files_and_folders.h>
 #include <common/zrapi_utility/zr_to_string.h>
+#include <hardware/can/can_libsocketcan.h>
+#include <hardware/can/can_socket.h>
+#include <hardware/can/zr_can.h>
+#include <hardware/can/zr_can_raw.h>
 #include <hardware/dimmable/attribute_stream.h>
 #include <hardware/dimmable/zr_dimmable.h>
 #include <hardware/feature_detection/zr_feature_detection.h>
@@ -16,6 +20,7 @@
 
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -99,6 +104,24 @@ void useDimmableDevices() {
     expect(!stream.is_open(), "a stream starts closed");
 }
 
+void useCan() {
+    constexpr unsigned int unknownState = 2;
+    expect(ZR::ZRCAN::setState(1, unknownState) == ZR::ResultValueOutOfRange,
+           "an unknown state is refused");
+    bool isSet = false;
+    expect(ZR::CANLibsocketcan::isBaudrateSet("no_such_can", 1, isSet) == ZR::ResultReadFailed,
+           "a missing interface has no rate");
+    expect(ZR::ZRCAN::create(0)->setBaudrate(0, 1) == ZR::ResultOpenFailed, "port 0 is no port");
+
+    int count = 0;
+    expect(ZR::ZRCANRaw::getRxPackages(5, count) == ZR::ResultPortOutOfRange, "port 5 is no port");
+    const std::shared_ptr<ZR::ZREndPoint> endPoint = ZR::ZRCANRaw::create(0, 0, 0);
+    expect(!endPoint->isConnected(), "an end point is not connected at first");
+    ZR::CANSocket socket;
+    ZR::ZRCANMessage message{};
+    expect(socket.send(&message) == ZR::ResultSendFailed, "nothing is sent without a socket");
+}
+
 void useFeatureDetection() {
     (void)ZR::ZRFeatureDetection::hasEncoder();
     (void)ZR::ZRFeatureDetection::hasTouchscreen();
@@ -116,6 +139,7 @@ int main() {
     useInputsAndOutputs();
     useDimmableDevices();
     useFeatureDetection();
+    useCan();
     if (failures != 0)
         return EXIT_FAILURE;
     std::cout << "consumer: all good\n";
