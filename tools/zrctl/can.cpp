@@ -31,9 +31,10 @@ Actions:
   dump PORT... [--filter ID:MASK] [--count N] [--time-limit SECONDS]
                           show the frames on the bus, those that other programs
                           of this terminal send included, until Ctrl-C, until N
-                          frames are written, or until the time is over. At the
-                          end standard error tells how many frames came and were
-                          lost; with --json a last document does.
+                          frames are written, or until the time is over. Standard
+                          error tells when it listens, and at the end how many
+                          frames came and were lost; with --json a last document
+                          does so too. Frames that were lost make it fail
 
 Ports: 1 to 4, or by their interfaces can0 to can3. Port 1 is can0.
 

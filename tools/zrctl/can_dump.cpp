@@ -102,6 +102,7 @@ class Dump {
 };
 
 bool Dump::open(const std::optional<CanFilter>& filter, const CommonOptions& common) {
+    std::string names;
     for (Source& source : sources_) {
         Report report;
         report.thing = source.capture.port().interface();
@@ -111,7 +112,9 @@ bool Dump::open(const std::optional<CanFilter>& filter, const CommonOptions& com
             (void)show(report, common);
             return false;
         }
+        names += (names.empty() ? "" : ", ") + report.thing;
     }
+    printError("listening on " + names);
     return true;
 }
 
@@ -213,10 +216,9 @@ int Dump::summarize() const {
                                 .addNumber("frames", source.frames)
                                 .addNumber("lost", lost)
                                 .addBool("removed", source.removed));
-        if (!json_ || lost > 0)
-            printError(port.interface() + ": " + std::to_string(source.frames) +
-                       (source.frames == 1 ? " frame, " : " frames, ") +
-                       (lost == 0 ? "none" : std::to_string(lost)) + " lost");
+        printError(port.interface() + ": " + std::to_string(source.frames) +
+                   (source.frames == 1 ? " frame, " : " frames, ") +
+                   (lost == 0 ? "none" : std::to_string(lost)) + " lost");
         if (lost > 0 || source.removed)
             status = statusFailure;
     }

@@ -35,6 +35,10 @@ std::vector<int> eventSockets() {
 
 }  // namespace
 
+std::size_t countEventSockets() {
+    return eventSockets().size();
+}
+
 void enlargeEventSockets() {
     for (const int socket : eventSockets()) {
         // Beyond the system's limit where that is allowed, else up to it.

@@ -1,10 +1,15 @@
 #pragma once
 
+#include <cstddef>
+
 namespace zrctl {
 
 /// @name The sockets that the dispatcher of events has opened
 /// It keeps them to itself; they are the only ones of their kind in this process.
 /// @{
+
+/// How many there are.
+std::size_t countEventSockets();
 
 /// Gives them room for longer bursts.
 void enlargeEventSockets();

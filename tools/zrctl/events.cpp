@@ -1,6 +1,4 @@
-#include "hardware/netlink/event_interface.h"
-
-#include <linux/genetlink.h>
+#include "hardware/netlink/zr_netlink.h"
 
 #include <algorithm>
 #include <limits>
@@ -10,7 +8,6 @@
 
 #include "common/zrapi_common/zr_end_point_manager.h"
 #include "common/zrapi_common/zr_event_queue.h"
-#include "hardware/netlink/zr_netlink.h"
 #include "tools/zrctl/command.h"
 #include "tools/zrctl/end_request.h"
 #include "tools/zrctl/event_sockets.h"
@@ -23,7 +20,7 @@ const char* const eventsHelp =
     R"(Usage: zrctl events [FAMILY...] [--count N] [--time-limit SECONDS] [--json]
 
 Shows what the drivers notify, until Ctrl-C, until N events are written, or until
-the time is over.
+the time is over. Standard error tells which drivers it listens to.
 
 Families: ZR_DI digital inputs, ZR_DO digital outputs, ANALOG analog inputs and
 sensors; all three without a name. A family whose driver is missing gives a line
@@ -45,6 +42,8 @@ What the library does, and zrctl shows as it is:
 )";
 
 namespace {
+
+constexpr std::size_t muchText = 65536;
 
 struct EventsRequest {
     Words families;
@@ -68,6 +67,9 @@ EventsRequest parseEvents(const Words& words) {
         if (std::find(known.begin(), known.end(), family) == known.end())
             throw UsageError("no family " + quote(family) + "; give ZR_DI, ZR_DO or ANALOG");
     }
+    std::sort(request.families.begin(), request.families.end());
+    request.families.erase(std::unique(request.families.begin(), request.families.end()),
+                           request.families.end());
     if (request.families.empty())
         request.families = known;
     if (const auto count = arguments.value("--count"))
@@ -77,16 +79,12 @@ EventsRequest parseEvents(const Words& words) {
     return request;
 }
 
-/// Tells whether a driver has registered its family. The dispatcher does not say it of its own
-/// connections.
-bool familyExists(const std::string& family) {
-    int familyId = 0;
-    int groupId = 0;
-    char groupName[GENL_NAMSIZ];
-    const int socket = event_if_connect(family.c_str(), &familyId, groupName, &groupId);
-    if (socket != -1)
-        event_if_disconnect(socket);
-    return socket != -1;
+/// @return false when the driver has not registered its family. The dispatcher keeps that to itself,
+///         but has then opened no socket.
+bool connect(const std::string& family) {
+    const std::size_t before = countEventSockets();
+    (void)ZR::ZRNetlink::instance()->addFamily(family);
+    return countEventSockets() > before;
 }
 
 void tellMissing(const std::string& family, const CommonOptions& common) {
@@ -96,36 +94,48 @@ void tellMissing(const std::string& family, const CommonOptions& common) {
         print(JsonObject().addText("family", family).addText("error", text).text() + '\n');
 }
 
-/// @return how many families are connected to
-int connect(const Words& families, const CommonOptions& common) {
-    int connected = 0;
+/// @return false when no family is there
+bool connectAll(const Words& families, const CommonOptions& common) {
+    std::string connected;
     for (const std::string& family : families) {
-        if (!familyExists(family)) {
+        if (connect(family))
+            connected += (connected.empty() ? "" : ", ") + family;
+        else
             tellMissing(family, common);
-            continue;
-        }
-        (void)ZR::ZRNetlink::instance()->addFamily(family);
-        ++connected;
     }
-    return connected;
+    if (!connected.empty())
+        printError("listening to " + connected);
+    return !connected.empty();
+}
+
+/// Shows the events that wait, as many as are wanted or fit into one write.
+/// @return false when none did
+bool showWaiting(ZR::ZREventQueue& queue, long long& wanted, const CommonOptions& common) {
+    std::string text;
+    ZR::ZREvent event;
+    while (wanted > 0 && text.size() < muchText && queue.waitForEvent(event, 0)) {
+        text += common.json ? eventDocument(event) : eventLine(event);
+        --wanted;
+    }
+    if (!text.empty())
+        print(text);
+    return !text.empty();
 }
 
 /// Shows events until the end comes.
 void showEvents(ZR::ZREventQueue& queue, const EventsRequest& request, const EndRequest& endRequest,
                 const CommonOptions& common) {
     const Deadline deadline(request.seconds);
-    long long left = request.count;
-    ZR::ZREvent event;
-    for (;;) {
+    long long wanted = request.count;
+    bool end = false;
+    while (wanted > 0 && !end) {
         std::vector<pollfd> ready{{queue.getEventDescriptor(), POLLIN, 0}};
-        const bool end = endRequest.wait(ready, deadline.left()) || deadline.isOver();
-        std::string text;
-        for (; left > 0 && queue.waitForEvent(event, 0); --left)
-            text += common.json ? eventDocument(event) : eventLine(event);
-        if (!text.empty())
-            print(text);
-        if (end || left == 0)
-            return;
+        end = endRequest.wait(ready, deadline.left()) || deadline.isOver();
+        (void)showWaiting(queue, wanted, common);
+    }
+    // What had come before the end; a flood that goes on is not waited for.
+    const Deadline rest(1);
+    while (!rest.isOver() && showWaiting(queue, wanted, common)) {
     }
 }
 
@@ -153,7 +163,7 @@ int runEvents(const Words& words, const CommonOptions& common) {
     ZR::ZRNetlink& dispatcher = *ZR::ZRNetlink::instance();
     dispatcher.setEndPointManager(&manager);
     dispatcher.addEventQueue(&queue);
-    if (connect(request.families, common) == 0)
+    if (!connectAll(request.families, common))
         return statusFailure;
     enlargeEventSockets();
     dispatcher.addAllEndpointsToEndpointManager();
