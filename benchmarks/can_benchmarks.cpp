@@ -33,7 +33,7 @@ bool writeFrame(int descriptor, const can_frame& frame) {
 // one, so that a batch holds one kind of call alone. On the virtual interface a write includes the
 // delivery to the other end's queue, for the floor as for the library.
 void compareReceive() {
-    const std::shared_ptr<const CanPair> pair = canPair();
+    const std::shared_ptr<const CanPair>& pair = canPair();
     Comparison receive;
     receive.operation = "CAN receive";
     receive.longestBatch = CanPair::longestQueue;
@@ -51,7 +51,7 @@ void compareReceive() {
 }
 
 void compareSend() {
-    const std::shared_ptr<const CanPair> pair = canPair();
+    const std::shared_ptr<const CanPair>& pair = canPair();
     Comparison send;
     send.operation = "CAN send";
     send.longestBatch = CanPair::longestQueue;
@@ -89,57 +89,58 @@ class Sequence {
 };
 
 /// A batch that sends all its frames and then receives them: more than the queue holds would be lost.
-template <typename Send, typename Receive>
-Batch burstOf(Send send, Receive receive) {
-    return [sending = batchOf(send), receiving = batchOf(receive)](long frames) {
+Batch burstOf(Batch sending, Batch receiving) {
+    return [sending = std::move(sending), receiving = std::move(receiving)](long frames) {
         const double there = sending(frames);
+        if (there < 0)
+            return there;
         const double back = receiving(frames);
-        return there < 0 || back < 0 ? -1 : there + back;
+        return back < 0 ? back : there + back;
     };
 }
 
 Batch bareBurst(const CanPair& pair) {
     const auto sequence = std::make_shared<Sequence>();
-    return burstOf(
-        [descriptor = pair.socket()->getWriteEndPointID(), sequence] {
-            can_frame frame{};
-            frame.can_id = identifier;
-            frame.can_dlc = CAN_MAX_DLEN;
-            sequence->stamp(frame.data);
-            return writeFrame(descriptor, frame);
-        },
-        [descriptor = pair.peer()->getReadEndPointID(), sequence] {
-            can_frame frame;  // NOLINT(*-init): filled by the read
-            while (!readFrame(descriptor, frame)) {
-                if (errno != EAGAIN || !waitForFrame(descriptor))
-                    return false;
-            }
-            return sequence->isNext(frame.data);
-        });
+    const auto send = [descriptor = pair.socket()->getWriteEndPointID(), sequence] {
+        can_frame frame{};
+        frame.can_id = identifier;
+        frame.can_dlc = CAN_MAX_DLEN;
+        sequence->stamp(frame.data);
+        return writeFrame(descriptor, frame);
+    };
+    const auto receive = [descriptor = pair.peer()->getReadEndPointID(), sequence] {
+        can_frame frame;  // NOLINT(*-init): filled by the read
+        while (!readFrame(descriptor, frame)) {
+            if (errno != EAGAIN || !waitForFrame(descriptor))
+                return false;
+        }
+        return sequence->isNext(frame.data);
+    };
+    return burstOf(batchOf(send), batchOf(receive));
 }
 
 Batch libraryBurst(const CanPair& pair) {
     const auto sequence = std::make_shared<Sequence>();
-    return burstOf(
-        [socket = pair.socket(), sequence] {
-            ZRCANMessage message{};
-            message.id = identifier;
-            message.length = CAN_MAX_DLEN;
-            sequence->stamp(message.data);
-            return socket->send(&message) == 0;
-        },
-        [socket = pair.peer(), sequence] {
-            ZRCANMessage message;  // NOLINT(*-init): filled by the library
-            while (socket->receive(&message) != 0) {
-                if (!waitForFrame(socket->getReadEndPointID()))
-                    return false;
-            }
-            return sequence->isNext(message.data);
-        });
+    const auto send = [socket = pair.socket(), sequence] {
+        ZRCANMessage message{};
+        message.id = identifier;
+        message.length = CAN_MAX_DLEN;
+        sequence->stamp(message.data);
+        return socket->send(&message) == 0;
+    };
+    const auto receive = [socket = pair.peer(), sequence] {
+        ZRCANMessage message;  // NOLINT(*-init): filled by the library
+        while (socket->receive(&message) != 0) {
+            if (!waitForFrame(socket->getReadEndPointID()))
+                return false;
+        }
+        return sequence->isNext(message.data);
+    };
+    return burstOf(batchOf(send), batchOf(receive));
 }
 
 void compareBursts() {
-    const std::shared_ptr<const CanPair> pair = canPair();
+    const std::shared_ptr<const CanPair>& pair = canPair();
     Comparison burst;
     burst.operation = "CAN frame sent and received";
     burst.longestBatch = CanPair::longestQueue;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr char virtualInterface[] = "/sys/devices/virtual/net/can";
 constexpr unsigned int portCount = 4;
-constexpr int waitMilliseconds = 5000;
+constexpr int waitMilliseconds = 10000;
 
 /// A socket of the library over a descriptor that was opened elsewhere.
 class AdoptedSocket : public CANSocket {

@@ -97,8 +97,9 @@ int main(int count, char** arguments) {
     compareFeatureDetection();
     compareLoading();
     compareCan();
-    // Last, because it ends with more threads than one.
+    // Last, because they end with more threads than one.
     compareNotifications();
+    compareEndPoints();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     // What the comparisons own ends before main does, their threads above all.

@@ -32,7 +32,7 @@ bool receiveBare(int socket) {
 }
 
 void compareDispatching() {
-    const std::shared_ptr<NotificationLine> line = notificationLine();
+    const std::shared_ptr<NotificationLine>& line = notificationLine();
     const auto queue = std::make_shared<CountingQueue>();
     const auto dispatcher = std::make_shared<Dispatcher>(line->endPoint(), queue.get());
     Comparison posting;

@@ -20,7 +20,7 @@ constexpr char family[] = "ZR_DI";
 constexpr char knobFile[] = "/sys/kernel/debug/zr_terminal/zr_di.0/state/value";
 constexpr int anyFamilyId = NLMSG_MIN_TYPE + 7;
 // A notification that never comes is a failure, not a hang.
-constexpr timeval longestWait{5, 0};
+constexpr timeval longestWait{10, 0};
 
 /// An end point over a socket that was opened elsewhere.
 class AdoptedEndPoint : public ZRNetlinkEndPoint {

@@ -9,5 +9,6 @@ void compareFeatureDetection();
 void compareLoading();
 void compareCan();
 void compareNotifications();
+void compareEndPoints();
 
 }  // namespace ZR::benchmarks
