@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "benchmarks/board.h"
 #include "benchmarks/can_pair.h"
@@ -24,6 +25,18 @@ FILE* tableOutput(int count, char** arguments) {
         return text == "--benchmark_format=json" || text == "--benchmark_format=csv";
     });
     return forPrograms ? stderr : stdout;
+}
+
+/// Opens the sockets that are measured on and adds to @p board what they are.
+bool openLines(std::string& board) {
+    try {
+        board += "; CAN: " + canPair()->description();
+        board += "; notifications: " + notificationLine()->description();
+        return true;
+    } catch (const std::system_error& error) {
+        std::fprintf(stderr, "zrapi_benchmarks: %s\n", error.what());
+        return false;
+    }
 }
 
 void printCount(FILE* output, long count) {
@@ -89,8 +102,8 @@ int main(int count, char** arguments) {
         std::fprintf(stderr, "zrapi_benchmarks: %s\n", board.c_str());
         return exitNothingToMeasureOn;
     }
-    board += "; CAN: " + canPair()->description();
-    board += "; notifications: " + notificationLine()->description();
+    if (!openLines(board))
+        return EXIT_FAILURE;
     benchmark::AddCustomContext("board", board);
     compareInputsAndOutputs();
     compareDimmableDevices();
