@@ -53,6 +53,12 @@ const std::map<long, const char*>& callNames() {
         {SYS_faccessat, "faccessat"},
         {SYS_readlinkat, "readlinkat"},
         {SYS_socket, "socket"},
+        {SYS_bind, "bind"},
+        {SYS_setsockopt, "setsockopt"},
+        {SYS_getsockname, "getsockname"},
+        {SYS_sendmsg, "sendmsg"},
+        {SYS_recvmsg, "recvmsg"},
+        {SYS_clock_nanosleep, "clock_nanosleep"},
 #ifdef SYS_open
         {SYS_open, "open"},
         {SYS_stat, "stat"},

@@ -8,7 +8,8 @@
 /// What a single fault may do to each operation, as a table.
 ///
 /// An outcome is a text: what the operation gave, then each of its reports and what it printed,
-/// each behind " | ". "{error}" in an expected outcome stands for the number of the injected errno.
+/// each behind " | ". "{error}" in an expected outcome stands for the number of the injected errno,
+/// "{reason}" for its text.
 
 namespace ZR::test {
 
@@ -52,6 +53,7 @@ struct FaultCase {
 
 void PrintTo(const FaultCase& each, std::ostream* stream);
 
+std::vector<FaultCase> canCases();
 std::vector<FaultCase> dimmableBuildingCases();
 std::vector<FaultCase> dimmableCases();
 std::vector<FaultCase> inputOutputCases();

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -45,10 +46,10 @@ std::string separated(const std::string& first, const std::string& next) {
     return first + separator + next;
 }
 
-/// Calls that talk to files; memory and threads are the C library's own business.
+/// Calls that talk to files and sockets; memory and threads are the C library's own business.
 bool talksToFiles(const std::string& name) {
-    for (const char* const each :
-         {"openat", "read", "write", "close", "lseek", "stat", "fstat", "getdents64"})
+    for (const char* const each : {"openat", "read", "write", "close", "lseek", "stat", "fstat",
+                                   "getdents64", "socket", "fcntl", "ioctl", "bind", "setsockopt"})
         if (name == each)
             return true;
     return false;
@@ -58,6 +59,9 @@ bool talksToFiles(const std::string& name) {
 std::string plainName(const SystemCall& call) {
     if (call.name == "newfstatat" || call.name == "statx")
         return call.text.empty() ? "fstat" : "stat";
+    // Of folders the C library asks and sets other flags by itself.
+    if (call.name == "fcntl" && call.arguments[1] != F_SETFL)
+        return "fcntl by the C library";
     return call.name;
 }
 
@@ -128,6 +132,13 @@ class FaultInjection : public testing::TestWithParam<FaultCase> {
         return GetParam().nextOutcome.empty() ? GetParam().goodOutcome : GetParam().nextOutcome;
     }
 
+    /// An expected outcome, for one injected errno.
+    static std::string filledIn(const std::string& text, int error) {
+        const std::string withGood = replaced(text, good, GetParam().goodOutcome);
+        const std::string withError = replaced(withGood, "{error}", std::to_string(error));
+        return replaced(withError, "{reason}", std::strerror(error));
+    }
+
     static void expectOutcome(const std::string& expected, const std::string& afterwards,
                               const NumberedFault& fault) {
         SCOPED_TRACE(fault.error == 0 ? "short count" : std::strerror(fault.error));
@@ -135,8 +146,7 @@ class FaultInjection : public testing::TestWithParam<FaultCase> {
         const std::string text =
             separated(expected, expected == good || afterwards == good ? nextGood() : afterwards);
         EXPECT_FALSE(trace.died);
-        EXPECT_EQ(trace.text, replaced(replaced(text, good, GetParam().goodOutcome), "{error}",
-                                       std::to_string(fault.error)));
+        EXPECT_EQ(trace.text, filledIn(text, fault.error));
         EXPECT_EQ(std::count_if(trace.calls.begin(), trace.calls.end(),
                                 [](const SystemCall& call) { return call.injected; }),
                   1);
@@ -174,6 +184,7 @@ std::string nameOf(const testing::TestParamInfo<FaultCase>& info) {
     return info.param.name;
 }
 
+INSTANTIATE_TEST_SUITE_P(Can, FaultInjection, testing::ValuesIn(canCases()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Dimmable, FaultInjection, testing::ValuesIn(dimmableCases()), nameOf);
 INSTANTIATE_TEST_SUITE_P(DimmableBuilding, FaultInjection,
                          testing::ValuesIn(dimmableBuildingCases()), nameOf);
