@@ -206,18 +206,26 @@ ZREndPointManager::Loop::Attempt ZREndPointManager::Loop::attempt(ZREndPoint& en
     return outcome;
 }
 
-/// Gets rid of watches whose descriptor was closed before it could be taken out.
+/// Gets rid of watches whose descriptor was closed before it could be taken out. All others are
+/// watched anew before anybody is told of a loss, because a callback may add end points.
 void ZREndPointManager::Loop::renew(Lock& lock) {
     if (!stale_ || !set_.renew())
         return;
     stale_ = false;
-    for (std::size_t place = 0; place < registrations_.size(); ++place) {
-        const int descriptor = std::exchange(registrations_[place].descriptor, -1);
+    for (Registration& each : registrations_) {
+        const int descriptor = std::exchange(each.descriptor, -1);
         if (descriptor < 0)
             continue;
-        ++registrations_[place].generation;
-        if (!watch(registrations_[place], descriptor))
-            lose(lock, registrations_[place]);
+        ++each.generation;
+        each.closed = !watch(each, descriptor);
+    }
+    const auto isClosed = [](const Registration& each) { return each.closed; };
+    for (;;) {
+        const auto lost = std::find_if(registrations_.begin(), registrations_.end(), isClosed);
+        if (lost == registrations_.end())
+            return;
+        lost->closed = false;
+        lose(lock, *lost);
     }
 }
 

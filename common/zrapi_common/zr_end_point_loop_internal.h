@@ -43,6 +43,7 @@ class __attribute__((visibility("hidden"))) ZREndPointManager::Loop {
         ZREndPointHandler* handler = nullptr;
         std::uint32_t generation = 0;  ///< counts what is watched at this place, one after another
         int descriptor = -1;           ///< the watched one, negative while none is
+        bool closed = false;           ///< could not be watched anew; the loss is to be announced
         bool reconnects = true;        ///< false once the end point answered "not supported"
         Clock::time_point due = never;
         std::chrono::seconds delay = firstReconnectDelay;

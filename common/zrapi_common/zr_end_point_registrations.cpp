@@ -73,6 +73,7 @@ bool ZREndPointManager::Loop::watch(Registration& registration, int descriptor) 
     if (!set_.watch(descriptor, keyOf(registration)))
         return false;
     registration.descriptor = descriptor;
+    registration.closed = false;
     registration.fault = {};
     registration.due = never;
     return true;
