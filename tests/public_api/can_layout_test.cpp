@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -82,15 +81,6 @@ struct SocketMembers : CANSocket {
 
 using Controller = ControllerReference;
 using Socket = SocketReference;
-
-/// Which slot of the virtual table an operation has, as the Itanium ABI tells by its pointer.
-template <typename Operation>
-std::ptrdiff_t slot(Operation operation) {
-    std::ptrdiff_t offset = -1;
-    std::memcpy(&offset, &operation, sizeof offset);
-    // One more than the offset, or, where functions can have odd addresses, the offset itself.
-    return offset / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
 
 }  // namespace
 

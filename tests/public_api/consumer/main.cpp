@@ -2,6 +2,11 @@
 
 #include <common/zrapi_common/zr_debug.h>
 #include <common/zrapi_common/zr_eeprom.h>
+#include <common/zrapi_common/zr_end_point.h>
+#include <common/zrapi_common/zr_end_point_handler.h>
+#include <common/zrapi_common/zr_end_point_manager.h>
+#include <common/zrapi_common/zr_event.h>
+#include <common/zrapi_common/zr_event_queue.h>
 #include <common/zrapi_common/zr_result.h>
 #include <common/zrapi_export.h>
 #include <common/zrapi_os_abs/zr_thread.h>
@@ -17,12 +22,16 @@
 #include <hardware/dimmable/zr_dimmable.h>
 #include <hardware/feature_detection/zr_feature_detection.h>
 #include <hardware/input_output/zr_input_output.h>
+#include <hardware/netlink/event_interface.h>
+#include <hardware/netlink/zr_netlink.h>
 
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
+
+extern "C" int eventInterfaceWorksInC(void);
 
 namespace {
 
@@ -122,6 +131,27 @@ void useCan() {
     expect(socket.send(&message) == ZR::ResultSendFailed, "nothing is sent without a socket");
 }
 
+void useEvents() {
+    ZR::ZREventQueue queue;
+    ZR::ZREndPointManager manager;
+    ZR::ZRNetlink* const notifications = ZR::ZRNetlink::instance();
+    notifications->setEndPointManager(&manager);
+    notifications->addEventQueue(&queue);
+    expect(notifications->addFamily("no_such_family") == ZR::ResultSuccess,
+           "a family without a driver is added");
+    expect(notifications->addFamily("no_such_family") == ZR::ResultAlreadyPresent,
+           "a family is added once");
+    notifications->addAllEndpointsToEndpointManager();
+    expect(std::string(ZR::ZRNetlink::getFamilyName(0)) == "ANALOG", "families have names");
+
+    ZR::ZRSignal signal;
+    signal.value1 = 1;
+    queue.postEvent(signal);
+    ZR::ZREvent event;
+    expect(queue.waitForEvent(event, 0) && event.value1 == 1, "an event passes the queue");
+    expect(eventInterfaceWorksInC() == 1, "the event interface works in C");
+}
+
 void useFeatureDetection() {
     (void)ZR::ZRFeatureDetection::hasEncoder();
     (void)ZR::ZRFeatureDetection::hasTouchscreen();
@@ -140,6 +170,7 @@ int main() {
     useDimmableDevices();
     useFeatureDetection();
     useCan();
+    useEvents();
     if (failures != 0)
         return EXIT_FAILURE;
     std::cout << "consumer: all good\n";
