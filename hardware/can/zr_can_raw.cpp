@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "common/file_descriptor_internal.h"
@@ -42,12 +43,21 @@ void readLine(const FileDescriptor& file, CounterLine& line) {
     line[std::strcspn(line.data(), "\n")] = '\0';
 }
 
+/// Opens a counter's file; also a path that there is no memory for opens none.
+FileDescriptor openCounter(unsigned int port, const char* counter) {
+    try {
+        const std::string path = sysPathCAN + toString(static_cast<int>(port - 1)) + counter;
+        return FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    } catch (const std::exception&) {
+        return FileDescriptor(-1);
+    }
+}
+
 unsigned int readCounter(unsigned int port, const char* counter, int& count) {
     // Port 0 passes on purpose: no interface has the number that it leads to.
     if (port > lastPort)
         return ResultPortOutOfRange;
-    const std::string path = sysPathCAN + toString(static_cast<int>(port - 1)) + counter;
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor file = openCounter(port, counter);
     if (!file.isOpen())
         return ResultOpenFailed;
     CounterLine line;  // NOLINT(*-init): filled by the read

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "hardware/can/can_socket.h"
+#include "tests/support/private_root.h"
 #include "tests/support/substitutes/can_socket_substitute.h"
 #include "tests/support/substitutes/operator_new_substitute.h"
 
@@ -37,6 +38,17 @@ TEST_F(CanOutOfMemory, a_filter_that_cannot_be_kept_still_reaches_the_kernel) {
     EXPECT_EQ(CanSocketSubstitute::calls.size(), 1U);
     EXPECT_EQ(socket.addIDFilter(3, 4), 0U);
     EXPECT_EQ(socket.filters.size(), 1U);
+}
+
+TEST_F(CanOutOfMemory, a_counter_whose_path_cannot_be_made_returns_2_and_leaves_the_count) {
+    makeFile("/sys/class/net/can0/statistics/rx_packets", "12\n");
+    int count = 4711;
+    OperatorNewSubstitute::failNext = true;
+    EXPECT_EQ(ZRCANRaw::getRxPackages(1, count), 2U);
+    EXPECT_FALSE(OperatorNewSubstitute::failNext) << "no memory was needed";
+    EXPECT_EQ(count, 4711);
+    EXPECT_EQ(ZRCANRaw::getRxPackages(1, count), 0U);
+    EXPECT_EQ(count, 12);
 }
 
 }  // namespace

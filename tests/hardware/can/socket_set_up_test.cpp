@@ -15,9 +15,13 @@ namespace {
 
 using CanSocketSetUp = CanSocketTest;
 
+template <typename Record>
+std::string bytes(const Record& record) {
+    return hexadecimal(&record, sizeof record);
+}
+
 bool isEmpty(const fd_set& set) {
-    const fd_set empty{};
-    return std::memcmp(&set, &empty, sizeof set) == 0;
+    return bytes(set) == bytes(fd_set{});
 }
 
 int openDescriptors() {
@@ -30,11 +34,9 @@ int openDescriptors() {
 
 TEST_F(CanSocketSetUp, a_new_socket_has_done_nothing_yet) {
     const OpenSocket socket;
-    const sockaddr_can noAddress{};
-    const ifreq noRequest{};
     EXPECT_EQ(socket.port, 0xFFFFFFFFU);
-    EXPECT_EQ(std::memcmp(&socket.bindAddress, &noAddress, sizeof noAddress), 0);
-    EXPECT_EQ(std::memcmp(&socket.interfaceRequest, &noRequest, sizeof noRequest), 0);
+    EXPECT_EQ(bytes(socket.bindAddress), bytes(sockaddr_can{}));
+    EXPECT_EQ(bytes(socket.interfaceRequest), bytes(ifreq{}));
     EXPECT_EQ(socket.addressLength, 24);
     EXPECT_TRUE(isEmpty(socket.readSet));
     EXPECT_FALSE(socket.initialized);
@@ -83,7 +85,7 @@ TEST_F(CanSocketSetUp, leaves_address_request_and_read_set_behind) {
     EXPECT_EQ(socket.interfaceRequest.ifr_ifindex, 9);
     fd_set expected{};
     FD_SET(socket.socketDescriptor, &expected);
-    EXPECT_EQ(std::memcmp(&socket.readSet, &expected, sizeof expected), 0);
+    EXPECT_EQ(bytes(socket.readSet), bytes(expected));
     EXPECT_TRUE(socket.initialized);
 }
 
