@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <linux/capability.h>
 #include <poll.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -148,6 +149,11 @@ void dropPrivileges() {
     // A program that root starts gets what the bounding set leaves: nothing.
     for (unsigned long capability = 0; capability <= CAP_LAST_CAP; ++capability)
         (void)::prctl(PR_CAPBSET_DROP, capability);
+}
+
+void enterEmptyNetwork() {
+    if (::unshare(CLONE_NEWNET) != 0)
+        ::_exit(126);
 }
 
 ChildSetup outputTo(const std::string& path) {

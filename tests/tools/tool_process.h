@@ -61,6 +61,10 @@ ToolResult runZrctl(const std::vector<std::string>& arguments, const ChildSetup&
 /// No privilege left: files are for it what their modes say.
 void dropPrivileges();
 
+/// A network of its own, without any interface but a loopback that is down, so that the buses of the
+/// machine the tests run on are out of reach.
+void enterEmptyNetwork();
+
 /// Standard output is the given file, opened for writing.
 ChildSetup outputTo(const std::string& path);
 

@@ -56,6 +56,10 @@ TEST_P(ZrctlWrongUsage, touches_no_device) {
 
 const char channelList[] = "; 'zrctl io list' shows them all";
 const char deviceList[] = "; give display, key, encoder, rgb or beeper";
+const char portList[] = "; give 1 to 4, or can0 to can3";
+const char filterForm[] = "; give ID:MASK in hexadecimal digits, as in 123:7FF";
+const char identifierForm[] = ": give 3 or 8 hexadecimal digits of identifier before the #";
+const char dataForm[] = ": give two hexadecimal digits for each byte of data";
 const char percentRange[] = "; give a whole number of percent, 0 to 100";
 const char ledRange[] = ", or of an LED with colour its colour, 0 to 16777215";
 const char displayRange[] =
@@ -188,6 +192,93 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{{"dimmable", "min", "1.5"}, std::string("no minimum '1.5'") + percentRange},
         WrongUsage{{"dimmable", "min", "abc"}, std::string("no minimum 'abc'") + percentRange}));
 
+INSTANTIATE_TEST_SUITE_P(
+    can, ZrctlWrongUsage,
+    testing::Values(
+        WrongUsage{{"can"}, "no action given after can; 'zrctl can --help' lists them"},
+        WrongUsage{{"can", "list", "1"},
+                   "can list takes no arguments; 'zrctl can state PORT' reads one port"},
+        WrongUsage{{"can", "state"}, "can state needs one port, as in 'zrctl can state 1'"},
+        WrongUsage{{"can", "stop", "1", "2"}, "can stop needs one port, as in 'zrctl can stop 1'"},
+        WrongUsage{{"can", "start", "0"}, std::string("no CAN port '0'") + portList},
+        WrongUsage{{"can", "stats", "5"}, std::string("no CAN port '5'") + portList},
+        WrongUsage{{"can", "state", "can4"}, std::string("no CAN port 'can4'") + portList},
+        WrongUsage{{"can", "state", "01"}, std::string("no CAN port '01'") + portList},
+        WrongUsage{{"can", "state", "-1"}, std::string("no CAN port '-1'") + portList},
+        WrongUsage{{"can", "state", ""}, std::string("no CAN port ''") + portList},
+        WrongUsage{{"can", "bitrate"},
+                   "can bitrate needs a port and perhaps a rate, as in 'bitrate 1 250000'"},
+        WrongUsage{{"can", "bitrate", "1", "0"},
+                   "bit rate '0' is no whole number from 1 to 1000000"},
+        WrongUsage{{"can", "bitrate", "1", "1000001"},
+                   "bit rate '1000001' is no whole number from 1 to 1000000"},
+        WrongUsage{{"can", "bitrate", "1", "250k"},
+                   "bit rate '250k' is no whole number from 1 to 1000000"},
+        WrongUsage{{"can", "dump"}, "can dump needs a port; 'zrctl can list' shows them all"},
+        WrongUsage{{"can", "dump", "1", "can0"},
+                   "can dump takes a port once, and can0 is there twice"},
+        WrongUsage{{"can", "dump", "1", "--count", "0"},
+                   "count '0' is no whole number from 1 to 2147483647"},
+        WrongUsage{{"can", "dump", "1", "--time-limit", "0.5"},
+                   "time limit '0.5' is no whole number from 1 to 2147483647"},
+        WrongUsage{{"can", "dump", "1", "--filter", "123"},
+                   std::string("filter '123'") + filterForm},
+        WrongUsage{{"can", "dump", "1", "--filter", "123:7FF:1"},
+                   std::string("filter '123:7FF:1'") + filterForm},
+        WrongUsage{{"can", "dump", "1", "--filter", "123~7FF"},
+                   std::string("filter '123~7FF'") + filterForm},
+        WrongUsage{{"can", "dump", "1", "--filter", "20000123:7FF"},
+                   "filter '20000123:7FF'; the flag 20000000 is not for filters of frames"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    can_send, ZrctlWrongUsage,
+    testing::Values(
+        WrongUsage{{"can", "send", "1"},
+                   "can send needs a port and frames, as in 'zrctl can send 1 123#1122'"},
+        WrongUsage{{"can", "send", "1", "123#", "--retries", "-1"},
+                   "number of retries '-1' is no whole number from 0 to 1000000"},
+        WrongUsage{{"can", "send", "1", "123#", "--retry-delay", "1s"},
+                   "retry delay '1s' is no whole number from 0 to 1000000"},
+        WrongUsage{{"can", "send", "1", "123"},
+                   "frame '123': write ID#DATA, as in 123#1122 or 12345678#"},
+        WrongUsage{{"can", "send", "1", "123#", "123##3"},
+                   "frame '123##3': the library sends no CAN FD frames"},
+        WrongUsage{{"can", "send", "1", "123#R"},
+                   "frame '123#R': the library sends no remote frames"},
+        WrongUsage{{"can", "send", "1", "123#r4"},
+                   "frame '123#r4': the library sends no remote frames"},
+        WrongUsage{{"can", "send", "1", "800#"},
+                   "frame '800#': a standard identifier is at most 7FF; write an extended one "
+                   "with 8 digits"},
+        WrongUsage{{"can", "send", "1", "00000123#"},
+                   "frame '00000123#': the library sends an identifier below 800 as a standard "
+                   "one; write it with 3 digits"},
+        WrongUsage{{"can", "send", "1", "20000000#"},
+                   "frame '20000000#': an extended identifier is at most 1FFFFFFF"},
+        WrongUsage{{"can", "send", "1", "1234#"}, std::string("frame '1234#'") + identifierForm},
+        WrongUsage{{"can", "send", "1", "#11"}, std::string("frame '#11'") + identifierForm},
+        WrongUsage{{"can", "send", "1", "0x1#"}, std::string("frame '0x1#'") + identifierForm},
+        WrongUsage{{"can", "send", "1", "123#1"}, std::string("frame '123#1'") + dataForm},
+        WrongUsage{{"can", "send", "1", "123#1g"}, std::string("frame '123#1g'") + dataForm},
+        WrongUsage{{"can", "send", "1", "123#11..22"},
+                   std::string("frame '123#11..22'") + dataForm},
+        WrongUsage{{"can", "send", "1", "123#11."}, std::string("frame '123#11.'") + dataForm},
+        WrongUsage{{"can", "send", "1", "123#1122334455667788_9"},
+                   std::string("frame '123#1122334455667788_9'") + dataForm},
+        WrongUsage{{"can", "send", "1", "123#112233445566778899"},
+                   "frame '123#112233445566778899': a frame has at most 8 bytes of data"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    events, ZrctlWrongUsage,
+    testing::Values(WrongUsage{{"events", "zr_di"},
+                               "no family 'zr_di'; give ZR_DI, ZR_DO or ANALOG"},
+                    WrongUsage{{"events", "ZR_DI", "--count", "many"},
+                               "count 'many' is no whole number from 1 to 2147483647"},
+                    WrongUsage{{"events", "--time-limit", "-1"},
+                               "time limit '-1' is no whole number from 1 to 2147483647"},
+                    WrongUsage{{"events", "--interval", "1"},
+                               "unknown option '--interval'; --help lists them"}));
+
 class ZrctlHelp : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(ZrctlHelp, goes_to_standard_output_with_status_0) {
@@ -204,11 +295,13 @@ INSTANTIATE_TEST_SUITE_P(everywhere, ZrctlHelp,
                                          std::vector<std::string>{"features", "--help"},
                                          std::vector<std::string>{"--help", "io"},
                                          std::vector<std::string>{"io", "set", "--help"},
-                                         std::vector<std::string>{"dimmable", "-h"}));
+                                         std::vector<std::string>{"dimmable", "-h"},
+                                         std::vector<std::string>{"can", "dump", "--help"},
+                                         std::vector<std::string>{"events", "--help"}));
 
 TEST(ZrctlHelp, names_every_subcommand) {
     const std::string help = runZrctl({"--help"}).output;
-    for (const char* const name : {"features", "io", "dimmable"})
+    for (const char* const name : {"features", "io", "dimmable", "can", "events"})
         EXPECT_NE(help.find(std::string("\n  ") + name + " "), std::string::npos) << name;
 }
 

@@ -33,6 +33,18 @@ std::vector<int> eventSockets() {
     return sockets;
 }
 
+/// What the kernel counts of all of them.
+std::uint32_t sumOfMemory(std::size_t counter) {
+    std::uint32_t sum = 0;
+    for (const int socket : eventSockets()) {
+        std::array<std::uint32_t, SK_MEMINFO_VARS> memory{};
+        socklen_t size = sizeof memory;
+        (void)::getsockopt(socket, SOL_SOCKET, SO_MEMINFO, memory.data(), &size);
+        sum += memory[counter];
+    }
+    return sum;
+}
+
 }  // namespace
 
 std::size_t countEventSockets() {
@@ -47,15 +59,12 @@ void enlargeEventSockets() {
     }
 }
 
+bool eventsWait() {
+    return sumOfMemory(SK_MEMINFO_RMEM_ALLOC) > 0;
+}
+
 unsigned int lostEvents() {
-    unsigned int lost = 0;
-    for (const int socket : eventSockets()) {
-        std::array<std::uint32_t, SK_MEMINFO_VARS> memory{};
-        socklen_t size = sizeof memory;
-        (void)::getsockopt(socket, SOL_SOCKET, SO_MEMINFO, memory.data(), &size);
-        lost += memory[SK_MEMINFO_DROPS];
-    }
-    return lost;
+    return sumOfMemory(SK_MEMINFO_DROPS);
 }
 
 }  // namespace zrctl

@@ -14,6 +14,9 @@ std::size_t countEventSockets();
 /// Gives them room for longer bursts.
 void enlargeEventSockets();
 
+/// True while notifications wait in one of them.
+bool eventsWait();
+
 /// How often a notification found no room in one of them.
 unsigned int lostEvents();
 /// @}

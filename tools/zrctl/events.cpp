@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/zrapi_common/zr_end_point_manager.h"
@@ -44,6 +46,8 @@ What the library does, and zrctl shows as it is:
 namespace {
 
 constexpr std::size_t muchText = 65536;
+constexpr long long longestRest = 10;  // seconds
+constexpr int shortWait = 10;          // milliseconds
 
 struct EventsRequest {
     Words families;
@@ -123,19 +127,29 @@ bool showWaiting(ZR::ZREventQueue& queue, long long& wanted, const CommonOptions
 }
 
 /// Shows events until the end comes.
-void showEvents(ZR::ZREventQueue& queue, const EventsRequest& request, const EndRequest& endRequest,
-                const CommonOptions& common) {
-    const Deadline deadline(request.seconds);
-    long long wanted = request.count;
+void showUntilEnd(ZR::ZREventQueue& queue, long long& wanted, const Deadline& deadline,
+                  const EndRequest& endRequest, const CommonOptions& common) {
     bool end = false;
     while (wanted > 0 && !end) {
         std::vector<pollfd> ready{{queue.getEventDescriptor(), POLLIN, 0}};
         end = endRequest.wait(ready, deadline.left()) || deadline.isOver();
         (void)showWaiting(queue, wanted, common);
     }
-    // What had come before the end; a flood that goes on is not waited for.
-    const Deadline rest(1);
-    while (!rest.isOver() && showWaiting(queue, wanted, common)) {
+}
+
+/// Shows what had come before the end and the manager has yet to take; a flood that goes on is not
+/// waited for. Ends the manager: what it took last is in the queue then.
+void showRest(ZR::ZREventQueue& queue, long long& wanted,
+              std::unique_ptr<ZR::ZREndPointManager> manager, const CommonOptions& common) {
+    const Deadline deadline(longestRest);
+    while (wanted > 0 && eventsWait() && !deadline.isOver()) {
+        // Not for long: of what waits there may come no event.
+        pollfd ready{queue.getEventDescriptor(), POLLIN, 0};
+        (void)::poll(&ready, 1, shortWait);
+        (void)showWaiting(queue, wanted, common);
+    }
+    manager.reset();
+    while (showWaiting(queue, wanted, common)) {
     }
 }
 
@@ -159,16 +173,18 @@ int runEvents(const Words& words, const CommonOptions& common) {
     // Before the manager's thread, which takes over what is blocked.
     const EndRequest endRequest;
     ZR::ZREventQueue queue;
-    ZR::ZREndPointManager manager;
+    auto manager = std::make_unique<ZR::ZREndPointManager>();
     ZR::ZRNetlink& dispatcher = *ZR::ZRNetlink::instance();
-    dispatcher.setEndPointManager(&manager);
+    dispatcher.setEndPointManager(manager.get());
     dispatcher.addEventQueue(&queue);
     if (!connectAll(request.families, common))
         return statusFailure;
     enlargeEventSockets();
     dispatcher.addAllEndpointsToEndpointManager();
     try {
-        showEvents(queue, request, endRequest, common);
+        long long wanted = request.count;
+        showUntilEnd(queue, wanted, Deadline(request.seconds), endRequest, common);
+        showRest(queue, wanted, std::move(manager), common);
         return reportLoss(common);
     } catch (const OutputError& error) {
         // A reader that has seen enough ends it as Ctrl-C does.
