@@ -56,6 +56,8 @@ const std::map<long, const char*>& callNames() {
         {SYS_bind, "bind"},
         {SYS_setsockopt, "setsockopt"},
         {SYS_getsockname, "getsockname"},
+        {SYS_sendto, "sendto"},
+        {SYS_recvfrom, "recvfrom"},
         {SYS_sendmsg, "sendmsg"},
         {SYS_recvmsg, "recvmsg"},
         {SYS_clock_nanosleep, "clock_nanosleep"},

@@ -58,6 +58,7 @@ std::vector<FaultCase> dimmableBuildingCases();
 std::vector<FaultCase> dimmableCases();
 std::vector<FaultCase> inputOutputCases();
 std::vector<FaultCase> featureDetectionCases();
+std::vector<FaultCase> netlinkCases();
 std::vector<FaultCase> fileServiceCases();
 
 }  // namespace ZR::test

@@ -48,8 +48,9 @@ std::string separated(const std::string& first, const std::string& next) {
 
 /// Calls that talk to files and sockets; memory and threads are the C library's own business.
 bool talksToFiles(const std::string& name) {
-    for (const char* const each : {"openat", "read", "write", "close", "lseek", "stat", "fstat",
-                                   "getdents64", "socket", "fcntl", "ioctl", "bind", "setsockopt"})
+    for (const char* const each :
+         {"openat", "read", "write", "close", "lseek", "stat", "fstat", "getdents64", "socket",
+          "fcntl", "ioctl", "bind", "setsockopt", "sendto", "recvfrom"})
         if (name == each)
             return true;
     return false;
@@ -190,6 +191,7 @@ INSTANTIATE_TEST_SUITE_P(DimmableBuilding, FaultInjection,
                          testing::ValuesIn(dimmableBuildingCases()), nameOf);
 INSTANTIATE_TEST_SUITE_P(InputOutput, FaultInjection, testing::ValuesIn(inputOutputCases()),
                          nameOf);
+INSTANTIATE_TEST_SUITE_P(Netlink, FaultInjection, testing::ValuesIn(netlinkCases()), nameOf);
 INSTANTIATE_TEST_SUITE_P(FeatureDetection, FaultInjection,
                          testing::ValuesIn(featureDetectionCases()), nameOf);
 INSTANTIATE_TEST_SUITE_P(FileServices, FaultInjection, testing::ValuesIn(fileServiceCases()),
