@@ -84,6 +84,19 @@ TEST_F(Examples, switch_output_fails_without_the_output) {
     EXPECT_NE(result.errors.find("on: write failed (6)\n"), std::string::npos);
 }
 
+TEST_F(Examples, exchange_can_frames_fails_without_the_ports) {
+    const ToolResult result =
+        runTool(EXAMPLES_FOLDER "exchange_can_frames", {"250000"}, enterEmptyNetwork);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.errors.find("the CAN ports 1 and 2 cannot be opened\n"), std::string::npos);
+}
+
+TEST_F(Examples, wait_for_event_fails_without_the_driver) {
+    const ToolResult result = runTool(EXAMPLES_FOLDER "wait_for_event", {"30"}, enterEmptyNetwork);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output.rfind("Retrieving family and multicast ID from driver failed", 0), 0U);
+}
+
 TEST_F(Examples, that_are_called_wrongly_say_how_and_touch_nothing) {
     for (const auto& [name, arguments] :
          std::vector<std::pair<std::string, std::vector<std::string>>>{
@@ -92,6 +105,10 @@ TEST_F(Examples, that_are_called_wrongly_say_how_and_touch_nothing) {
              {"dim_display", {""}},
              {"set_status_led", {"12345"}},
              {"set_status_led", {"12345g"}},
+             {"exchange_can_frames", {}},
+             {"exchange_can_frames", {"250k"}},
+             {"watch_events", {"0"}},
+             {"wait_for_event", {"1s"}},
              {"switch_output", {"4", "on"}},
              {"switch_output", {"1", "up"}}}) {
         const ToolResult result = runExample(name, arguments);
