@@ -175,7 +175,8 @@ void VirtualPort::remove() {
 }
 
 Candump::Candump(const std::string& interface, int count) {
-    const int before = listeners(interface);
+    const std::string listened = interface.substr(0, interface.find(','));
+    const int before = listeners(listened);
     const std::string frameCount = std::to_string(count);
     std::array<int, 2> pipe{};
     EXPECT_EQ(0, ::pipe(pipe.data()));
@@ -188,7 +189,7 @@ Candump::Candump(const std::string& interface, int count) {
     }
     ::close(pipe[1]);
     output_ = pipe[0];
-    EXPECT_TRUE(eventually([&] { return listeners(interface) > before; }));
+    EXPECT_TRUE(eventually([&] { return listeners(listened) > before; }));
 }
 
 Candump::~Candump() {

@@ -87,7 +87,8 @@ class VirtualPort {
 /// A running candump that has begun to listen.
 class Candump {
   public:
-    /// @param count  ends after so many frames
+    /// @param interface  with candump's filters behind a comma
+    /// @param count      ends after so many frames
     Candump(const std::string& interface, int count);
     Candump(const Candump&) = delete;
     Candump& operator=(const Candump&) = delete;
