@@ -192,6 +192,12 @@ TEST_F(CanSend, a_different_errno_prints_again) {
     EXPECT_EQ(socket_.lastErrno, ENOBUFS);
 }
 
+TEST_F(CanSend, a_first_failure_is_printed_also_without_an_errno) {
+    socket_.setRetry(1, 0);
+    EXPECT_EQ(failing(2, 0), line("2", 1, 0));
+    EXPECT_EQ(failing(2, 0), "");
+}
+
 TEST_F(CanSend, a_success_in_between_does_not_make_the_same_failure_new) {
     socket_.setRetry(1, 0);
     EXPECT_EQ(failing(2, ENOBUFS), line("2", 1, ENOBUFS));
