@@ -26,7 +26,7 @@ constexpr unsigned int mark = 7;
 TEST_F(CanBoardBitrate, each_usual_rate_is_what_ip_shows_and_starts_the_interface) {
     CANLibsocketcan controller;
     for (const unsigned int rate :
-         {10000, 20000, 50000, 100000, 125000, 250000, 500000, 800000, 1000000}) {
+         {10000U, 20000U, 50000U, 100000U, 125000U, 250000U, 500000U, 800000U, 1000000U}) {
         EXPECT_EQ(0U, controller.setBaudrate(1, rate)) << rate;
         EXPECT_EQ(std::to_string(rate), shownByIp("can0", "bitrate"));
         EXPECT_TRUE(isUp("can0")) << rate;
