@@ -89,6 +89,13 @@ TEST_F(CanSocketSetUp, leaves_address_request_and_read_set_behind) {
     EXPECT_TRUE(socket.initialized);
 }
 
+TEST_F(CanSocketSetUp, what_was_in_the_read_set_before_is_gone) {
+    OpenSocket socket;
+    FD_SET(500, &socket.readSet);
+    ASSERT_EQ(socket.interfaceInit("can0"), 0U);
+    EXPECT_FALSE(FD_ISSET(500, &socket.readSet));
+}
+
 TEST_F(CanSocketSetUp, says_nothing_about_the_connection_and_the_port) {
     OpenSocket socket;
     ASSERT_EQ(socket.interfaceInit("can0"), 0U);
