@@ -143,5 +143,23 @@ TEST(AttributeWalk_pure, an_attribute_is_whole_when_header_and_payload_lie_insid
     EXPECT_FALSE(isWhole(""));
 }
 
+TEST(AttributeWalk_pure, is_for_messages_that_came_whole) {
+    const auto isWhole = [](std::uint32_t length, std::int64_t count) {
+        return isComplete(received(withLength(message(family, ""), length)), count);
+    };
+    EXPECT_TRUE(isWhole(16, 16));
+    EXPECT_TRUE(isWhole(20, 20));
+    EXPECT_TRUE(isWhole(20, 276));
+    EXPECT_TRUE(isWhole(276, 276));
+    EXPECT_FALSE(isWhole(15, 20));
+    EXPECT_FALSE(isWhole(0, 20));
+    EXPECT_FALSE(isWhole(21, 20));
+    EXPECT_FALSE(isWhole(277, 276));
+    EXPECT_FALSE(isWhole(0xFFFFFFFF, 276));
+    EXPECT_FALSE(isWhole(8, 15));
+    EXPECT_FALSE(isWhole(0, 0));
+    EXPECT_FALSE(isWhole(0, -1));
+}
+
 }  // namespace
 }  // namespace ZR::test
