@@ -35,7 +35,7 @@ class NotificationCost : public CostTest {
         // Two for the traced process, two for this one.
         for (int i = 0; i < 4; ++i)
             EXPECT_TRUE(sockets.send(message));
-        const OperationCost cost = costOf([this, endPoint] {
+        OperationCost cost = costOf([this, endPoint] {
             const unsigned int before = queue.posted;
             dispatcher->onEndPointReadable(endPoint, nullptr);
             return queue.posted - before;
