@@ -34,7 +34,7 @@ double runBatch(const Comparison& comparison, const Batch& batch, long operation
 }
 
 long batchSize(const Comparison& comparison) {
-    long operations = 1;
+    long operations = comparison.shortestBatch;
     double seconds = runBatch(comparison, comparison.floor, operations);
     while (operations < comparison.longestBatch && seconds >= 0 && seconds < batchSeconds) {
         operations *= 2;
@@ -114,14 +114,16 @@ void run(benchmark::State& state, const Comparison& comparison, Row& row) {
         return;
     }
     const long operations = batchSize(comparison);
+    // A number of samples is one of pairs, however many operations they take.
+    const long iterations = comparison.samples > 0 ? 1 : operations;
     Samples samples;
-    while (state.KeepRunningBatch(operations)) {
+    while (state.KeepRunningBatch(iterations)) {
         if (!addPair(comparison, operations, samples)) {
             row.failure = "failed";
             state.SkipWithError("failed");
             return;
         }
-        state.SetIterationTime(samples.library.back() * 1e-9 * static_cast<double>(operations));
+        state.SetIterationTime(samples.library.back() * 1e-9 * static_cast<double>(iterations));
     }
     row.floorNanoseconds = quantile(samples.floor, middle);
     row.libraryNanoseconds = quantile(samples.library, middle);

@@ -49,6 +49,7 @@ struct Comparison {
     Preparation before{};  ///< where set, comes before each batch and each single run of both sides
     Preparation after{};   ///< where set, comes after them
     long allowedAllocations = 0;
+    long shortestBatch = 1;
     long longestBatch = 4096;
     long samples = 0;        ///< pairs of batches; 0: as many as the time allows
     bool showsTail = false;  ///< the 99th percentile is of interest, not the median alone
