@@ -23,6 +23,19 @@ std::uint32_t numberOf(const ZRCANMessage& received) {
     return number;
 }
 
+/// What the library says of a port.
+struct Counts {
+    int sent;
+    int received;
+};
+
+Counts countsOf(unsigned int port) {
+    Counts counts{-1, -1};
+    EXPECT_EQ(0U, ZRCANRaw::getTxPackages(port, counts.sent));
+    EXPECT_EQ(0U, ZRCANRaw::getRxPackages(port, counts.received));
+    return counts;
+}
+
 /// Takes what is there. Adds to @p next for each frame that comes in its turn.
 void receiveInOrder(ZRCANRaw& socket, std::uint32_t& next) {
     ZRCANMessage received{};
@@ -84,27 +97,40 @@ TEST_F(CanBoardTraffic, both_directions_at_once_lose_nothing) {
 }
 
 TEST_F(CanBoardTraffic, the_library_counts_what_sysfs_and_ip_count) {
-    UnpluggedController("can0").plugIn();
-    UnpluggedController("can1").plugIn();
     joinBoth();
     const auto first = openPort(1);
     const auto second = openPort(2);
+    const int there = counter("can1", "rx_packets") + 5;
+    const int back = counter("can0", "rx_packets") + 1;
     for (std::uint32_t number = 0; number < 5; ++number)
         ASSERT_EQ(0U, send(*first, numbered(number)));
     ASSERT_EQ(0U, send(*second, message(0x124)));
-    ASSERT_TRUE(eventually(
-        [] { return counter("can1", "rx_packets") == 5 && counter("can0", "rx_packets") == 1; }));
-    int count = -1;
-    EXPECT_EQ(0U, ZRCANRaw::getTxPackages(1, count));
-    EXPECT_EQ(5, count);
-    EXPECT_EQ(0U, ZRCANRaw::getRxPackages(1, count));
-    EXPECT_EQ(1, count);
-    EXPECT_EQ(0U, ZRCANRaw::getTxPackages(2, count));
-    EXPECT_EQ(1, count);
-    EXPECT_EQ(0U, ZRCANRaw::getRxPackages(2, count));
-    EXPECT_EQ(5, count);
-    EXPECT_EQ("1 5", saidBy("ip -j -s link show can0 | "
-                            "jq -r '.[0].stats64 | \"\\(.rx.packets) \\(.tx.packets)\"'"));
+    ASSERT_TRUE(eventually([&] {
+        return counter("can1", "rx_packets") == there && counter("can0", "rx_packets") == back;
+    }));
+    const Counts can0 = countsOf(1);
+    EXPECT_EQ(back, can0.received);
+    EXPECT_EQ(counter("can0", "tx_packets"), can0.sent);
+    const Counts can1 = countsOf(2);
+    EXPECT_EQ(there, can1.received);
+    EXPECT_EQ(counter("can1", "tx_packets"), can1.sent);
+    EXPECT_EQ(std::to_string(can0.received) + ' ' + std::to_string(can0.sent),
+              saidBy("ip -j -s link show can0 | "
+                     "jq -r '.[0].stats64 | \"\\(.rx.packets) \\(.tx.packets)\"'"));
+}
+
+TEST_F(CanBoardTraffic, a_frame_sent_is_one_more_sent_there_and_one_more_received_here) {
+    joinBoth();
+    const auto first = openPort(1);
+    const auto second = openPort(2);
+    const Counts firstBefore = countsOf(1);
+    const Counts secondBefore = countsOf(2);
+    ASSERT_EQ(0U, send(*first, numbered(0)));
+    EXPECT_EQ("123#00000000", receivedSoon(*second));
+    EXPECT_TRUE(eventually([&] { return countsOf(1).sent == firstBefore.sent + 1; }));
+    EXPECT_EQ(firstBefore.received, countsOf(1).received);
+    EXPECT_EQ(secondBefore.received + 1, countsOf(2).received);
+    EXPECT_EQ(secondBefore.sent, countsOf(2).sent);
 }
 
 TEST_F(CanBoardTraffic, counters_of_missing_ports_are_2_and_beyond_4_are_20) {

@@ -113,6 +113,18 @@ TEST_F(SimcanBoardRefusals, a_refused_rate_is_6_and_is_tried_again_by_the_next_c
         logLines());
 }
 
+TEST_F(SimcanBoardRefusals, a_refused_rate_that_the_kernel_remembers_counts_as_set) {
+    CANLibsocketcan controller;
+    ASSERT_EQ(0U, controller.setBaudrate(1, 250000));
+    turn("simcan.0/fail_bitrate", "EIO");
+    ASSERT_EQ(6U, controller.setBaudrate(1, 500000));
+    clearLog();
+    // The kernel names the rate that it was asked for, whatever its driver answered.
+    EXPECT_EQ("500000", shownByIp("can0", "bitrate"));
+    EXPECT_EQ(0U, controller.setBaudrate(1, 500000));
+    EXPECT_EQ(Lines{"can0 open"}, logLines());
+}
+
 TEST_F(SimcanBoardRefusals, an_unplugged_controller_is_255_and_6_and_has_no_rate) {
     configure("can0", 250000);
     CANLibsocketcan controller;
