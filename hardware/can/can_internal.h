@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <exception>
 #include <string>
 
 #include "common/zrapi_utility/zr_to_string.h"
@@ -17,8 +18,13 @@ namespace ZR {
 constexpr unsigned int restartMilliseconds = 1000;
 
 /// The interface of a 1-based port; port 0 gives "can-1", which no interface is called.
+/// A name that the text service cannot make is empty, which is no interface's either.
 inline std::string canInterface(unsigned int port) {
-    return "can" + toString(static_cast<int>(port - 1));
+    try {
+        return "can" + toString(static_cast<int>(port - 1));
+    } catch (const std::exception&) {
+        return {};
+    }
 }
 
 /// The state code of a state that libsocketcan read.

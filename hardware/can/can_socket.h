@@ -28,7 +28,8 @@ class ZRAPI_EXPORT CANSocket : public ZRCANRaw {
     int getWriteEndPointID() const override;
     bool isConnected() const override;
 
-    /// Tries initialize(port) again, for the port given before. Only an end point whose set-up
+    /// Tries initialize(port) again for the port given before: on "can" and its digit, whatever
+    /// name was given with a bit rate, and without setting the rate. Only an end point whose set-up
     /// failed can come back: one that was initialised keeps its socket and answers 3.
     /// @return as initialize(port)
     unsigned int reconnect() override;

@@ -33,16 +33,18 @@ class ZRAPI_EXPORT ZRCAN {
     /// @param port     1-based port, 1 to 4
     /// @param bitrate  bit/s
     /// @return 0 success, 2 no such port or absent when this object was made, 5 rate not readable
-    ///         after it was set ("Error: unable to read current bitrate!"), 6 the kernel refused the
-    ///         rate ("Error: unable to set bitrate N!"), else what libsocketcan answered to the start.
-    ///         The first report also comes, without a failure, on a port that never had a rate.
+    ///         after it was set ("Error: unable to read current bitrate!"), 6 rate refused by the
+    ///         kernel ("Error: unable to set bitrate N!"), else what libsocketcan answered to the
+    ///         start. The first report also comes, without a failure, on a port that never had a
+    ///         rate.
     virtual unsigned int setBaudrate(unsigned int port, unsigned int bitrate) = 0;
 
     /// Reads the bit rate of a port.
     ///
     /// @param port  1-based port, 1 to 4
-    /// @return bit/s; 0 for a stopped interface that this object never configured; 0xFFFFFFFF for no
-    ///         such port, one that was absent when this object was made, or a rate that cannot be read
+    /// @return bit/s; 0 for a stopped interface that this object never configured; 0xFFFFFFFF for
+    ///         no such port, one that was absent when this object was made, or a rate that cannot
+    ///         be read
     virtual unsigned int getBaudrate(unsigned int port) const = 0;
 
     /// Makes a controller object, which looks once which of can0 to can3 exist.

@@ -27,7 +27,8 @@ struct ZRCANMessage {
 class ZRAPI_EXPORT ZRCANRaw : public ZREndPoint {
   public:
     /// Sets the bit rate through a ZRCAN of its own, which starts the interface, then opens the
-    /// socket. Needs CAP_NET_ADMIN.
+    /// socket. Needs CAP_NET_ADMIN. An end point that is initialised already answers 3 only after
+    /// the rate was set again, which takes the interface down and up.
     /// @param port           1-based port, 1 to 4; also printed in reports
     /// @param bitrate        bit/s
     /// @param interfaceName  interface to bind to, at most 15 characters, for instance "can0"; not
@@ -64,7 +65,7 @@ class ZRAPI_EXPORT ZRCANRaw : public ZREndPoint {
 
     /// Lets only frames through that match the filter: `(frame id & mask) == (id & mask)`. The
     /// kernel keeps the last filter that was given; the ones before have no effect any more.
-    /// @param id    identifier word, flag bits included
+    /// @param id    identifier word, flag bits included; bit 29 (CAN_INV_FILTER) inverts the filter
     /// @param mask  bits that are compared
     /// @return 0 always; before initialize() the filter has no effect
     virtual unsigned int addIDFilter(unsigned int id, unsigned int mask) = 0;

@@ -83,8 +83,7 @@ int waitUntilReadable(int fd, int timeoutUs) {
 bool matches(const MessageBuffer& message, ssize_t received, int familyId, int command,
              int attributeCount) {
     return ZR::isComplete(message, received) && message.header()->nlmsg_type == familyId &&
-           ZR::genericCommand(message) == command &&
-           attr_count(message.header()) == attributeCount &&
+           ZR::hasCommand(message, command) && attr_count(message.header()) == attributeCount &&
            ZR::areAttributesWhole(message.header());
 }
 

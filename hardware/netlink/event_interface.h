@@ -3,7 +3,7 @@
 /* Notifications of kernel drivers over generic netlink, as plain functions for C and C++.
  *
  * The functions keep no state and may be called from any thread; a descriptor is used by one thread
- * at a time. Buffers that messages are received into hold 276 bytes; a longer message is dropped. */
+ * at a time. Messages are received into 276 bytes; a longer one is dropped. */
 
 #include <linux/netlink.h>
 
@@ -17,13 +17,17 @@ extern "C" {
  * kernel's controller and joins the family's first multicast group.
  *
  * Each failure prints one line to standard output, "... failed with error %d (%s)", with `errno` as
- * it stands. One answer of the controller is read; nothing is tried again.
+ * it stands. One answer of the controller is read, and what comes first counts as the answer.
+ * Nothing is tried again, but for a send that the kernel puts off (EAGAIN).
+ *
+ * All pointers must not be null.
  *
  * @param familyName  the driver's family, for instance "ZR_DI"; at most 251 characters fit the
  *                    question, and the kernel has none of more than 15
  * @param familyId    receives the family's number, -1 when it was not resolved; unchanged when no
  *                    socket could be made, bound or joined to the controller's group
- * @param groupName   receives the group's name and a NUL; room for 16 bytes serves the kernel's names
+ * @param groupName   receives the group's name and a NUL; 16 bytes are room for the kernel's names.
+ *                    Like the number it is stored also when only joining the group failed
  * @param groupId     receives the group's number
  * @return the socket, which the caller gives to event_if_disconnect(), or -1
  */
@@ -43,11 +47,11 @@ ZRAPI_EXPORT void event_if_disconnect(int fd);
  * @param fd         socket of event_if_connect(); one of 1024 or more cannot be waited on
  * @param familyId   family number of event_if_connect()
  * @param command    command of the driver's generic netlink header
- * @param timeoutUs  longest wait, microseconds
+ * @param timeoutUs  longest wait, microseconds; a negative one is refused with -1
  * @param attrCount  number of attributes; one `void*` follows for each, a buffer with room for
  *                   whatever the driver sends there: no bound is checked
  * @return 1 when a matching message was copied, 0 when the time passed or the message received does
- *         not match (nothing is copied), -1 when waiting failed
+ *         not match (nothing is copied), -1 when waiting failed (EINTR included)
  */
 ZRAPI_EXPORT int event_if_waitevent(int fd, int familyId, int command, int timeoutUs, int attrCount,
                                     ...);

@@ -16,7 +16,7 @@ constexpr int firstGroupsIndex = 5;
 
 bool isFamilyReply(const MessageBuffer& reply, std::int64_t received) {
     return isComplete(reply, received) && reply.header()->nlmsg_type != NLMSG_ERROR &&
-           genericCommand(reply) == CTRL_CMD_NEWFAMILY && areAttributesWhole(reply.header());
+           hasCommand(reply, CTRL_CMD_NEWFAMILY) && areAttributesWhole(reply.header());
 }
 
 struct FamilyReply {

@@ -95,9 +95,9 @@ inline bool areAttributesWhole(const nlmsghdr* message) {
     return true;
 }
 
-/// The command of a complete message, or -1 when the message ends before its generic header.
-inline int genericCommand(const MessageBuffer& buffer) {
-    return buffer.header()->nlmsg_len < messageHeaderSize ? -1 : buffer.bytes[NLMSG_HDRLEN];
+/// Tells whether a complete message has a generic header, and with this command.
+inline bool hasCommand(const MessageBuffer& buffer, int command) {
+    return buffer.header()->nlmsg_len >= messageHeaderSize && buffer.bytes[NLMSG_HDRLEN] == command;
 }
 
 }  // namespace ZR

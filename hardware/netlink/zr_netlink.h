@@ -24,8 +24,8 @@ class ZRAPI_EXPORT ZRNetlinkEndPoint : public ZREndPoint {
     /// @param familyName  the driver's generic netlink family
     explicit ZRNetlinkEndPoint(const std::string& familyName);
 
-    /// Leaves the socket open on purpose: a manager may still wait on it. It lives until the
-    /// process ends.
+    /// Leaves the socket open on purpose: end points live as long as the process, and so do their
+    /// sockets, whoever still knows the number.
     ~ZRNetlinkEndPoint() override;
 
     /// Returns the socket, -1 without one.
@@ -58,11 +58,16 @@ class ZRAPI_EXPORT ZRNetlinkEndPoint : public ZREndPoint {
 /// |---|---|---|
 /// | ZR_DI | attribute 1 | attribute 3 |
 /// | ZR_DO | attribute 1; 0, 1 and 2 become 16, 17 and 18 | attribute 3 |
-/// | ANALOG | 0x10000 to 0x10003 for "ai.0" to "ai.3", 4 supply or battery voltage, 5 temperature, 6 light, 256 frequency, 0xFFFFFFFF any other | reading; light at most 1000 |
+/// | ANALOG, "ai.0" to "ai.3" | 0x10000 to 0x10003 | reading |
+/// | ANALOG, supply or battery voltage | 4 | reading |
+/// | ANALOG, temperature | 5 | reading |
+/// | ANALOG, light | 6 | reading, at most 1000 |
+/// | ANALOG, frequency | 256 | reading |
+/// | ANALOG, any other name | 0xFFFFFFFF | reading |
 ///
-/// A digital value that the driver left out is 0xFFFFFFFF. A burst of notifications that the socket's
-/// buffer cannot hold is lost with one ENOBUFS, which nothing tells of: read the state anew where
-/// that matters.
+/// A digital value that the driver left out is 0xFFFFFFFF. A burst of notifications that the
+/// socket's buffer cannot hold is lost with one ENOBUFS, which nothing tells of: read the state anew
+/// where that matters.
 ///
 /// No locks: set everything up on one thread before the end points go to the manager.
 class ZRAPI_EXPORT ZRNetlink : public ZREndPointHandler {
@@ -97,7 +102,8 @@ class ZRAPI_EXPORT ZRNetlink : public ZREndPointHandler {
 
     /// Sets the one queue that events go to; a second one replaces it. Without a queue
     /// notifications are read and dropped.
-    /// @param queue  outlives the manager's thread, or is replaced before; null for none
+    /// @param queue  set before the end points go to the manager; outlives its thread; null for
+    ///               none
     void addEventQueue(ZREventQueue* queue);
 
     /// Sets the manager that waits on the sockets.
@@ -114,7 +120,8 @@ class ZRAPI_EXPORT ZRNetlink : public ZREndPointHandler {
     void handleDigitalInputEndpoint(std::shared_ptr<ZRNetlinkEndPoint> endPoint);
     /// As handleDigitalInputEndpoint().
     void handleDigitalOutputEndpoint(std::shared_ptr<ZRNetlinkEndPoint> endPoint);
-    /// As handleDigitalInputEndpoint(); a reading that the driver does not call valid gives no event.
+    /// As handleDigitalInputEndpoint(); a reading that the driver does not call valid gives no
+    /// event.
     void handleAnalogInputEndpoint(std::shared_ptr<ZRNetlinkEndPoint> endPoint);
 
   protected:
