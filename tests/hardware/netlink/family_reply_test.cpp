@@ -181,6 +181,17 @@ TEST(FamilyReply_pure, a_group_name_ends_at_its_first_nul_or_with_its_payload) {
     EXPECT_EQ(named(std::string(100, 'x')), std::string(100, 'x'));
 }
 
+TEST(FamilyReply_pure, nothing_is_stored_behind_the_nul_of_a_group_name) {
+    const std::string bytes = replyWithGroups(
+        group(attribute(groupIdType, 9U) + attribute(groupNameType, "eve\0nts\0"sv)));
+    char groupName[] = "----------";
+    int groupId = 0;
+    EXPECT_EQ(parseFamilyReply(received(bytes), static_cast<std::int64_t>(bytes.size()), groupName,
+                               &groupId),
+              0x1A);
+    EXPECT_EQ(std::string_view(groupName, sizeof groupName), "eve\0------\0"sv);
+}
+
 TEST(FamilyReply_pure, nested_attributes_that_leave_their_nest_are_refused) {
     const std::string id = attribute(groupIdType, 9U);
     for (const std::string& groups :

@@ -131,7 +131,9 @@ TEST(AnalogValues_pure, of_unknown_channels_have_all_ones) {
 
 TEST(AnalogValues_pure, of_a_name_with_two_parts_have_the_code_of_the_earlier_test) {
     EXPECT_EQ(codeOf("ai.3_ai.0"), 0x10000U);
+    EXPECT_EQ(codeOf("ai.1_ai.0"), 0x10000U);
     EXPECT_EQ(codeOf("ai.2 ai.1"), 0x10001U);
+    EXPECT_EQ(codeOf("ai.3 ai.2"), 0x10002U);
     EXPECT_EQ(codeOf("temperature_ai.2"), 0x10002U);
     EXPECT_EQ(codeOf("supply_vcc_ai.3"), 0x10003U);
     EXPECT_EQ(codeOf("temperature_of_supply_vcc"), 4U);
