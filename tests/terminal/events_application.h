@@ -64,6 +64,13 @@ class Application {
     std::optional<ZREndPointManager> manager_;
 };
 
+/// Adds a family whose connection fails to the dispatcher.
+/// @return what that prints
+std::string printedByAdding(const std::string& family);
+
+/// What it is to print.
+std::string connectionFailureOf(const std::string& family);
+
 /// Has the driver of a family tell of a value that nothing else has, of channel 3, 2 or "frequency".
 /// @return the event that it is to become
 Told sentinel(const std::string& family);
@@ -113,8 +120,8 @@ int openDescriptors();
 /// Waits until all that was sent to a socket has been taken off it; a failure after 20 s.
 void awaitEmpty(int socket);
 
-/// The part of a second that the process keeps a processor busy while nothing happens.
-double loadWhileIdle();
+/// Tells whether the process leaves the processors alone while nothing happens.
+bool restsWhileIdle();
 
 /// The socket by which the dispatcher hears a family.
 int socketOf(const std::string& family);

@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <string>
 
 #include "board.h"
 #include "events_application.h"
 #include "hardware/netlink/zr_netlink.h"
 #include "tests/hardware/netlink/dispatcher.h"
-#include "tests/support/output_capture.h"
 
 // A board whose outputs and analog channels tell of nothing; ZR_QUIET is there besides.
 
@@ -16,20 +14,6 @@ namespace {
 
 bool isConnected(const std::string& family) {
     return endPointOf(*ZRNetlink::instance(), family)->isConnected();
-}
-
-/// Adds families whose connection fails; what that prints.
-std::string printedByAdding(const std::string& family) {
-    const OutputCapture capture;
-    errno = 0;
-    EXPECT_EQ(0U, ZRNetlink::instance()->addFamily(family)) << family;
-    return capture.output();
-}
-
-std::string failureOf(const std::string& family) {
-    return "Retrieving family and multicast ID from driver failed with error 0 (Success)\n"
-           "Connecting to generic netlink event interface " +
-           family + " failed, disabling event handling\n";
 }
 
 class PartialBoardEvents : public testing::Test {
@@ -52,14 +36,14 @@ TEST_F(PartialBoardEvents, the_board_has_the_families_that_it_was_given) {
 
 TEST_F(PartialBoardEvents, what_is_missing_leaves_the_other_family_alone) {
     for (const char* missing : {analog, outputs, "ZR_QUIET"}) {
-        EXPECT_EQ(failureOf(missing), printedByAdding(missing));
+        EXPECT_EQ(connectionFailureOf(missing), printedByAdding(missing));
         EXPECT_FALSE(isConnected(missing)) << missing;
     }
     Application application({inputs});
     EXPECT_TRUE(isConnected(inputs));
     turn("zr_di.0/state/value", "1");
     EXPECT_EQ((Told{0, 1}), application.next());
-    EXPECT_LT(loadWhileIdle(), 0.3);
+    EXPECT_TRUE(restsWhileIdle());
     turn("zr_do.0/state/value", "1");
     turn("zr_do.0/state/value", "0");
     EXPECT_EQ(Tale{}, application.heard());
@@ -70,9 +54,7 @@ TEST_F(PartialBoardEvents, a_driver_that_comes_later_is_not_heard_on_an_inert_en
     Application application({inputs});
     turn("notify/ZR_DO/registered", "1");
     turn("notify/ZR_DO/flood", "10");
-    // The manager asks once after a second, and the answer is 11.
-    loadWhileIdle();
-    EXPECT_LT(loadWhileIdle(), 0.3);
+    EXPECT_TRUE(restsWhileIdle());
     EXPECT_FALSE(isConnected(outputs));
     EXPECT_EQ(Tale{}, application.heard());
 }
