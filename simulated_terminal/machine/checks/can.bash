@@ -23,7 +23,7 @@ listen() {
     heard=$1
     shift
     candump -L -r 4000000 -T 5000 "$@" "$heard" >/tmp/heard &
-    until grep -qw "$heard" /proc/net/can/rcvlist_all; do sleep 0.05; done
+    until grep -qE "^ +$heard " /proc/net/can/rcvlist_all; do sleep 0.05; done
 }
 '
 
