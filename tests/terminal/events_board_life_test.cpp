@@ -115,8 +115,11 @@ TEST_F(EventsBoardLife, families_that_come_and_go_during_a_flood_disturb_nobody)
             turn("notify/ZR_DO/registered", "1");
         }
     });
-    for (int round = 0; round < 10; ++round)
+    for (int round = 0; round < 10; ++round) {
         turn("notify/ZR_DI/flood", "20");
+        // Together with the controller's notices all of them would not fit the socket.
+        awaitEmpty(socketOf(inputs));
+    }
     trouble.join();
     awaitEmpty(socketOf(inputs));
     Tale expected;
