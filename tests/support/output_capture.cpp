@@ -27,7 +27,6 @@ int makeMemoryFile() {
 }
 
 std::string contentOf(int file) {
-    flushAll();
     std::string content;
     std::array<char, 4096> buffer{};
     for (;;) {
@@ -75,12 +74,13 @@ std::string OutputCapture::errors() const {
 void OutputCapture::release() {
     if (savedOutput_ < 0)
         return;
-    flushAll();
     (void)::dup2(savedOutput_, STDOUT_FILENO);
     (void)::dup2(savedErrors_, STDERR_FILENO);
     ::close(savedOutput_);
     ::close(savedErrors_);
     savedOutput_ = savedErrors_ = -1;
+    // What was not flushed goes where it would have gone too late.
+    flushAll();
 }
 
 }  // namespace ZR::test

@@ -5,7 +5,8 @@
 namespace ZR::test {
 
 /// Takes what the process writes to standard output and standard error, by whatever way it does,
-/// from construction to release() or the end of its life.
+/// from construction to release() or the end of its life. Nothing is flushed here: what stays in a
+/// buffer was not written.
 class OutputCapture {
   public:
     OutputCapture();
