@@ -2,7 +2,9 @@
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <exception>
+#include <string_view>
 
 #include "common/zrapi_common/zr_event.h"
 #include "common/zrapi_common/zr_result.h"
@@ -14,9 +16,9 @@
 namespace ZR {
 namespace {
 
-constexpr char analogFamily[] = "ANALOG";
-constexpr char digitalInputFamily[] = "ZR_DI";
-constexpr char digitalOutputFamily[] = "ZR_DO";
+constexpr std::string_view analogFamily = "ANALOG";
+constexpr std::string_view digitalInputFamily = "ZR_DI";
+constexpr std::string_view digitalOutputFamily = "ZR_DO";
 
 constexpr int notificationKind = 6;
 constexpr int notificationCode = 900;
@@ -73,11 +75,11 @@ ZRNetlink* ZRNetlink::instance() {
 const char* ZRNetlink::getFamilyName(int index) {
     switch (index) {
         case 0:
-            return analogFamily;
+            return analogFamily.data();
         case 1:
-            return digitalInputFamily;
+            return digitalInputFamily.data();
         case 2:
-            return digitalOutputFamily;
+            return digitalOutputFamily.data();
         default:
             return nullptr;
     }
@@ -109,16 +111,18 @@ void ZRNetlink::setEndPointManager(ZREndPointManager* manager) {
 
 void ZRNetlink::onEndPointReadable(std::shared_ptr<ZREndPoint> endPoint,
                                    ZREndPointManager* /*manager*/) {
-    auto netlinkEndPoint = std::dynamic_pointer_cast<ZRNetlinkEndPoint>(endPoint);
-    if (netlinkEndPoint == nullptr || endPointSet.count(netlinkEndPoint) == 0)
+    // Nothing but our own end points is in the set: null and strangers are not found. There are a
+    // few of them, so looking at each costs less than a cast and a search.
+    const auto known = std::find(endPointSet.begin(), endPointSet.end(), endPoint);
+    if (known == endPointSet.end())
         return;
-    const std::string& family = netlinkEndPoint->familyName;
+    const std::string_view family = (*known)->familyName;
     if (family == digitalInputFamily)
-        handleDigitalInputEndpoint(std::move(netlinkEndPoint));
+        handleDigitalInputEndpoint(*known);
     else if (family == digitalOutputFamily)
-        handleDigitalOutputEndpoint(std::move(netlinkEndPoint));
+        handleDigitalOutputEndpoint(*known);
     else if (family == analogFamily)
-        handleAnalogInputEndpoint(std::move(netlinkEndPoint));
+        handleAnalogInputEndpoint(*known);
 }
 
 void ZRNetlink::onEndPointReconnected(std::shared_ptr<ZREndPoint> /*endPoint*/) {}
