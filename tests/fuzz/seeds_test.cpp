@@ -2,12 +2,19 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "tests/fuzz/seeds.h"
 
 namespace ZR::test {
+
+/// The target's name, where GoogleTest would show its bytes.
+static void PrintTo(const FuzzTarget& target, std::ostream* stream) {
+    *stream << target.name;
+}
+
 namespace {
 
 class FuzzSeeds_pure : public testing::TestWithParam<FuzzTarget> {
