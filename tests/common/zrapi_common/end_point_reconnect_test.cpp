@@ -122,7 +122,9 @@ TEST(EndPointReconnect_pure, what_it_raises_counts_as_a_failed_try_and_is_report
 
 TEST(EndPointReconnect_pure, distances_begin_anew_after_a_success) {
     const Line line = makeUnconnected();
+    const Line later = makeUnconnected();
     RecordingHandler handler;
+    RecordingHandler laterHandler;
     handler.readable = [&](const auto& endPoint, auto* /*manager*/) {
         readSome(*endPoint);
         line.endPoint->connected = false;
@@ -140,8 +142,6 @@ TEST(EndPointReconnect_pure, distances_begin_anew_after_a_success) {
     line.send("x");
     ASSERT_TRUE(handler.waitFor("disconnected"));
     // What is added now is tried in one second, and so after what was lost before.
-    const Line later = makeUnconnected();
-    RecordingHandler laterHandler;
     manager.addEndPoint(later.endPoint, &laterHandler);
     ASSERT_TRUE(laterHandler.waitFor("reconnected"));
     EXPECT_EQ(line.endPoint->tries().size(), 3U);
