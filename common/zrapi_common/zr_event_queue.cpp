@@ -105,9 +105,11 @@ bool ZREventQueue::waitForEvent(ZREvent& event, int timeoutMilliseconds) {
         const int left = deadline.milliseconds();
         pollfd question{storage_->descriptor(), POLLIN, 0};
         const int ready = ::poll(&question, 1, left);
+        // A wait that is refused would be refused again.
+        const bool refused = ready < 0 && errno != EINTR;
         if (storage_->take(event))
             return true;
-        if (ready == 0 || left == 0)
+        if (ready == 0 || left == 0 || refused)
             return false;
     }
 }

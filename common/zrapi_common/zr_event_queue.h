@@ -9,9 +9,9 @@ namespace ZR {
 
 /// A queue of copied events, oldest first, for any number of posting and waiting threads.
 ///
-/// An application waits with waitForEvent(), or lets its event loop (poll, epoll, a QSocketNotifier)
-/// watch getEventDescriptor(). The queue has no limit: whoever posts is never held up, and nothing
-/// is dropped while there is memory.
+/// An application waits with waitForEvent(), or lets its event loop (poll, epoll or a
+/// QSocketNotifier) watch getEventDescriptor(). The queue has no limit: whoever posts is never held
+/// up, and nothing is dropped while there is memory.
 ///
 /// The kernel is asked only where the queue becomes empty or ceases to be: a post to an empty queue
 /// is one system call, taking the last event is one, waiting is one more; all others are none.
@@ -35,7 +35,8 @@ class ZRAPI_EXPORT ZREventQueue {
     /// @param event                receives the copy; unchanged with false
     /// @param timeoutMilliseconds  longest wait; 0 does not wait, negative waits without limit.
     ///                             Signals and changes of the date neither shorten nor lengthen it
-    /// @return true with an event, false when the time passed without one
+    /// @return true with an event; false when the time passed without one, or at once when the
+    ///         kernel refuses to wait, also without limit (no memory, no descriptors allowed)
     bool waitForEvent(ZREvent& event, int timeoutMilliseconds);
 
     /// Returns a descriptor that is readable for as long as events wait. It belongs to the queue:

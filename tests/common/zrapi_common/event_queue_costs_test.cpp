@@ -81,6 +81,26 @@ TEST_F(EventQueueCosts, finding_nothing_is_no_call_without_a_wait_and_one_with) 
     EXPECT_EQ(traceQueue(0, awaitNothing).calls.size(), 1U);
 }
 
+TEST_F(EventQueueCosts, a_wait_that_the_kernel_refuses_is_one_call) {
+#ifdef SYS_poll
+    constexpr long pollNumber = SYS_poll;
+#else
+    constexpr long pollNumber = SYS_ppoll;
+#endif
+    const Trace trace = traceSystemCalls(
+        [](TracedRun& run) {
+            ZREventQueue queue;
+            ZREvent event;
+            run.begin();
+            const bool taken = queue.waitForEvent(event, 1000);
+            run.end();
+            run.say(taken ? "taken" : "none");
+        },
+        {{}, {{pollNumber, 1, ENOMEM, 0}}});
+    EXPECT_EQ(trace.text, "none");
+    EXPECT_EQ(trace.calls.size(), 1U);
+}
+
 TEST_F(EventQueueCosts, building_a_queue_raises_what_the_kernel_refuses) {
     const Trace trace = traceSystemCalls(
         [](TracedRun& run) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pthread.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <chrono>
@@ -149,6 +150,21 @@ TEST(EventQueue_pure, a_signal_neither_ends_nor_prolongs_a_wait) {
     }
     over = true;
     interrupter.join();
+}
+
+TEST(EventQueue_pure, a_wait_that_the_kernel_refuses_ends) {
+    ZREventQueue queue;
+    ZREvent event;
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const Clock::time_point start = Clock::now();
+    const bool taken = queue.waitForEvent(event, longTime);
+    const Clock::duration waited = Clock::now() - start;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_FALSE(taken);
+    EXPECT_LT(waited, milliseconds(longTime));
 }
 
 TEST(EventQueue_pure, its_descriptor_is_readable_for_as_long_as_events_wait) {
