@@ -7,9 +7,9 @@
 
 namespace ZR {
 
-// Defined in this header alone, destructors included, so that a library that builds events can bring
-// their tables; the hardware library does. The order of the members and the virtual inheritance are
-// part of the interface.
+// Defined in this header alone, destructors included, so that a library that builds events can
+// bring their tables; the hardware library does. The order of the members and the virtual
+// inheritance are part of the interface.
 
 /// What event queues carry.
 class ZRAPI_EXPORT ZREvent {
