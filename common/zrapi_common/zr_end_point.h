@@ -27,8 +27,9 @@ class ZRAPI_EXPORT ZREndPoint {
     /// Tells whether the end point can be used.
     virtual bool isConnected() const = 0;
 
-    /// Tries to connect an end point that is not connected.
-    /// @return 0 success, 11 this end point does not support it; the other codes are the class's own
+    /// Tries to connect an end point that is not connected, or one that counts as lost while it
+    /// says that it is: it has hung up, or reports an error that no read clears.
+    /// @return 0 success, 11 this end point does not support it; other codes are the class's own
     virtual unsigned int reconnect() = 0;
 
   protected:

@@ -15,14 +15,17 @@ namespace {
 constexpr char threadName[] = "ZREndPoints";
 constexpr char sectionName[] = "zr_end_point";
 
-/// Blocks all signals for a thread that is started meanwhile: the application's own threads shall
-/// receive them.
+/// Blocks signals for a thread that is started meanwhile: the application's own threads shall
+/// receive them. A fault of the thread itself is no one else's: blocked, it would end the process
+/// past the application's handler.
 class BlockedSignals {
   public:
     BlockedSignals() {
-        sigset_t all{};
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
+        sigset_t blocked{};
+        ::sigfillset(&blocked);
+        for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS})
+            ::sigdelset(&blocked, fault);
+        ::pthread_sigmask(SIG_SETMASK, &blocked, &before_);
     }
     BlockedSignals(const BlockedSignals&) = delete;
     BlockedSignals& operator=(const BlockedSignals&) = delete;
@@ -60,12 +63,16 @@ ZREndPointManager::Loop::Loop(ZREndPointManager* manager) : manager_(manager) {
     thread_ = std::thread(&Loop::run, this);
 }
 
-ZREndPointManager::Loop::~Loop() {
+void ZREndPointManager::Loop::end() {
     Lock lock(mutex_);
     stopped_ = true;
     lock.unlock();
     set_.wake();
     thread_.join();
+    lock.lock();
+    // Destructors that call back find an empty list, not one that is being taken down.
+    const std::vector<Registration> dropped = std::exchange(registrations_, {});
+    lock.unlock();
 }
 
 void ZREndPointManager::Loop::run() {
@@ -80,11 +87,14 @@ void ZREndPointManager::Loop::run() {
         for (std::size_t i = 0; i < count && !stopped_; ++i)
             deliver(lock, events[i]);
         retryOne(lock);
-        renew(lock);
+        renew();
+        askAll(lock);
     }
 }
 
 int ZREndPointManager::Loop::timeout() const {
+    if (questions_)
+        return 0;
     if (nextTry_ == never)
         return -1;
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(nextTry_ - Clock::now());
@@ -119,8 +129,13 @@ void ZREndPointManager::Loop::deliver(Lock& lock, const epoll_event& event) {
         guarded("an end point", [&] { condition = conditionOf(*endPoint, suspicious); });
     });
     registration = find(key);
-    if (registration != nullptr)
-        judge(lock, *registration, condition);
+    if (registration == nullptr)
+        return;
+    // A callback that saw a hang-up may have opened its end point anew under the same number, which
+    // the kernel has then forgotten. Asking each time would cost a call an event.
+    if (suspicious && condition.descriptor == registration->descriptor)
+        watchAgain(*registration);
+    judge(lock, *registration, condition);
 }
 
 /// @param suspicious  whether it is worth asking the kernel, which no ordinary event is
@@ -137,6 +152,7 @@ ZREndPointManager::Loop::Condition ZREndPointManager::Loop::conditionOf(const ZR
 void ZREndPointManager::Loop::judge(Lock& lock, Registration& registration,
                                     const Condition& condition) {
     if (condition.connected && condition.descriptor == registration.descriptor &&
+        registration.descriptor >= 0 &&
         !registration.fault.persists(condition.fault, condition.unread))
         return;
     const bool replaced = condition.connected && condition.descriptor != registration.descriptor;
@@ -206,27 +222,30 @@ ZREndPointManager::Loop::Attempt ZREndPointManager::Loop::attempt(ZREndPoint& en
     return outcome;
 }
 
-/// Gets rid of watches whose descriptor was closed before it could be taken out. All others are
-/// watched anew before anybody is told of a loss, because a callback may add end points.
-void ZREndPointManager::Loop::renew(Lock& lock) {
-    if (!stale_ || !set_.renew())
+/// Asks each end point that there is a question to. The list may grow meanwhile.
+void ZREndPointManager::Loop::askAll(Lock& lock) {
+    if (!std::exchange(questions_, false))
         return;
-    stale_ = false;
-    for (Registration& each : registrations_) {
-        const int descriptor = std::exchange(each.descriptor, -1);
-        if (descriptor < 0)
-            continue;
-        ++each.generation;
-        each.closed = !watch(each, descriptor);
+    for (std::size_t place = 0; place < registrations_.size() && !stopped_; ++place) {
+        const Question question = std::exchange(registrations_[place].question, Question::None);
+        if (question != Question::None)
+            ask(lock, registrations_[place], question);
     }
-    const auto isClosed = [](const Registration& each) { return each.closed; };
-    for (;;) {
-        const auto lost = std::find_if(registrations_.begin(), registrations_.end(), isClosed);
-        if (lost == registrations_.end())
-            return;
-        lost->closed = false;
-        lose(lock, *lost);
-    }
+}
+
+void ZREndPointManager::Loop::ask(Lock& lock, const Registration& registration, Question question) {
+    const Key key = keyOf(registration);
+    Condition condition;
+    withoutLock(lock, registration, [&](const auto& endPoint, const ZREndPointHandler& /*unused*/) {
+        guarded("an end point", [&] { condition = conditionOf(*endPoint, false); });
+    });
+    Registration* const asked = find(key);
+    if (asked == nullptr)
+        return;
+    if (question == Question::Gone)
+        judge(lock, *asked, condition);
+    else if (condition.usable())
+        follow(*asked, condition.descriptor);
 }
 
 }  // namespace ZR

@@ -24,10 +24,14 @@ class __attribute__((visibility("hidden"))) ZREndPointManager::Loop {
     explicit Loop(ZREndPointManager* manager);
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
-    ~Loop();
+    ~Loop() = default;
 
     void add(std::shared_ptr<ZREndPoint> endPoint, ZREndPointHandler* handler);
     void remove(const ZREndPoint* endPoint);
+
+    /// Ends the thread and lets go of all end points, whose destructors may still call add() and
+    /// remove(). Called once, before the destructor.
+    void end();
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -38,13 +42,20 @@ class __attribute__((visibility("hidden"))) ZREndPointManager::Loop {
 
     static constexpr Clock::time_point never = Clock::time_point::max();
 
+    /// What the manager's thread is still to ask an end point for.
+    enum class Question {
+        None,
+        Added,  ///< it was added again on a thread that must not ask it
+        Gone,   ///< its descriptor is not open, or another end point's: it may be lost
+    };
+
     struct Registration {
         std::shared_ptr<ZREndPoint> endPoint;  ///< null: the place is free
         ZREndPointHandler* handler = nullptr;
         std::uint32_t generation = 0;  ///< counts what is watched at this place, one after another
         int descriptor = -1;           ///< the watched one, negative while none is
-        bool closed = false;           ///< could not be watched anew; the loss is to be announced
         bool reconnects = true;        ///< false once the end point answered "not supported"
+        Question question = Question::None;
         Clock::time_point due = never;
         std::chrono::seconds delay = firstReconnectDelay;
         PersistentFault fault;
@@ -75,8 +86,15 @@ class __attribute__((visibility("hidden"))) ZREndPointManager::Loop {
     Registration* find(const ZREndPoint* endPoint);
     Registration& freePlace();
     bool watch(Registration& registration, int descriptor);
+    void watchAgain(Registration& registration);
     void unwatch(Registration& registration);
+    void follow(Registration& registration, int descriptor);
+    void takeFromOthers(const Registration& owner);
+    void askLater(Registration& registration, Question question);
     void retryIn(Registration& registration, std::chrono::seconds delay);
+    void markStale();
+    void renew();
+    bool onOwnThread() const;
     void wakeUnlessOwnThread() const;
     void awaitCallback(Lock& lock, const ZREndPoint* endPoint);
 
@@ -88,7 +106,8 @@ class __attribute__((visibility("hidden"))) ZREndPointManager::Loop {
     void lose(Lock& lock, Registration& registration);
     void retryOne(Lock& lock);
     void retry(Lock& lock, Registration& registration);
-    void renew(Lock& lock);
+    void askAll(Lock& lock);
+    void ask(Lock& lock, const Registration& registration, Question question);
     template <typename Action>
     void withoutLock(Lock& lock, const Registration& registration, Action action);
 
@@ -101,6 +120,7 @@ class __attribute__((visibility("hidden"))) ZREndPointManager::Loop {
     std::uint64_t calls_ = 0;
     Clock::time_point nextTry_ = never;  ///< no registration is due earlier
     bool stale_ = false;                 ///< the kernel may watch what is no longer registered
+    bool questions_ = false;             ///< an end point is to be asked
     bool stopped_ = false;
     std::thread thread_;
 };

@@ -8,7 +8,9 @@ namespace ZR {
 
 ZREndPointManager::ZREndPointManager() : loop_(std::make_unique<Loop>(this)) {}
 
-ZREndPointManager::~ZREndPointManager() = default;
+ZREndPointManager::~ZREndPointManager() {
+    loop_->end();
+}
 
 void ZREndPointManager::addEndPoint(std::shared_ptr<ZREndPoint> endPoint,
                                     ZREndPointHandler* handler) {

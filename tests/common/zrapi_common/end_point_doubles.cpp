@@ -1,6 +1,7 @@
 #include "tests/common/zrapi_common/end_point_doubles.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/eventfd.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace ZR::test {
@@ -29,6 +31,16 @@ std::chrono::system_clock::time_point inTheEnd() {
 
 Line lineOf(const std::array<int, 2>& ends) {
     return {std::make_shared<TestEndPoint>(ends[0]), std::make_unique<FileDescriptor>(ends[1])};
+}
+
+/// Processor time of the whole process up to now.
+std::chrono::microseconds processorTime() {
+    rusage usage{};
+    checked(::getrusage(RUSAGE_SELF, &usage), "getrusage");
+    const auto sum = [](const timeval& time) {
+        return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
+    };
+    return sum(usage.ru_utime) + sum(usage.ru_stime);
 }
 
 }  // namespace
@@ -158,13 +170,11 @@ bool RecordingHandler::waitForBytes(std::size_t bytes) {
     return changed_.wait_until(lock, inTheEnd(), [&] { return received_.size() >= bytes; });
 }
 
-std::chrono::microseconds processorTime() {
-    rusage usage{};
-    checked(::getrusage(RUSAGE_SELF, &usage), "getrusage");
-    const auto sum = [](const timeval& time) {
-        return std::chrono::seconds(time.tv_sec) + std::chrono::microseconds(time.tv_usec);
-    };
-    return sum(usage.ru_utime) + sum(usage.ru_stime);
+void expectIdle() {
+    constexpr std::chrono::milliseconds idleTime{300};
+    const std::chrono::microseconds before = processorTime();
+    std::this_thread::sleep_for(idleTime);
+    EXPECT_LT(processorTime() - before, idleTime / 10);
 }
 
 }  // namespace ZR::test

@@ -121,7 +121,8 @@ class RecordingHandler : public ZREndPointHandler {
     std::string received_;
 };
 
-/// Processor time of the whole process up to now.
-std::chrono::microseconds processorTime();
+/// Expects the process to take next to no processor time. A thread that spins takes all that other
+/// programs leave; one that waits takes none.
+void expectIdle();
 
 }  // namespace ZR::test

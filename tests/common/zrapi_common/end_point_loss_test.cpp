@@ -8,28 +8,12 @@
 
 #include <array>
 #include <cerrno>
-#include <thread>
 
 #include "common/zrapi_common/zr_end_point_manager.h"
 #include "tests/common/zrapi_common/end_point_doubles.h"
 
 namespace ZR::test {
 namespace {
-
-constexpr std::chrono::milliseconds idleTime{300};
-
-/// Processor time that the process takes while it should have nothing to do.
-std::chrono::microseconds idleProcessorTime() {
-    const std::chrono::microseconds before = processorTime();
-    std::this_thread::sleep_for(idleTime);
-    return processorTime() - before;
-}
-
-/// A thread that spins takes all of the idle time that other programs leave; one that waits takes
-/// next to nothing.
-void expectIdle() {
-    EXPECT_LT(idleProcessorTime(), idleTime / 10);
-}
 
 /// Adds an end point of a descriptor that cannot be watched, and expects no more than silence.
 void expectNotWatched(const std::shared_ptr<TestEndPoint>& endPoint) {

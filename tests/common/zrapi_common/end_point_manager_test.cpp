@@ -128,10 +128,10 @@ TEST(EndPointManager_pure, calls_on_one_named_thread_of_its_own) {
     EXPECT_STREQ(name.data(), "ZREndPoints");
 }
 
-TEST(EndPointManager_pure, leaves_signals_to_the_threads_of_the_application) {
+TEST(EndPointManager_pure, leaves_signals_to_the_application_but_those_of_its_own_faults) {
+    sigset_t inside{};
     sigset_t before{};
     ::pthread_sigmask(SIG_SETMASK, nullptr, &before);
-    sigset_t inside{};
     const Line line = makePipe();
     RecordingHandler handler;
     handler.readable = [&](const auto& endPoint, auto* /*manager*/) {
@@ -148,6 +148,8 @@ TEST(EndPointManager_pure, leaves_signals_to_the_threads_of_the_application) {
         EXPECT_EQ(sigismember(&inside, signal), 1) << signal;
         EXPECT_EQ(sigismember(&after, signal), sigismember(&before, signal)) << signal;
     }
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS})
+        EXPECT_EQ(sigismember(&inside, fault), 0) << fault;
 }
 
 TEST(EndPointManager_pure, ignores_null) {

@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
+#include <set>
 #include <thread>
 
 #include "common/zrapi_common/zr_end_point_manager.h"
@@ -46,6 +48,28 @@ bool waitsForCallback(HeldCallback& callback, Call call) {
     return endedBefore;
 }
 
+/// Notes on which threads it is asked.
+class NotingEndPoint : public TestEndPoint {
+  public:
+    using TestEndPoint::TestEndPoint;
+
+    bool isConnected() const override {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        askers_.insert(std::this_thread::get_id());
+        return TestEndPoint::isConnected();
+    }
+
+    /// Those noted since the last call.
+    std::set<std::thread::id> takeAskers() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return std::move(askers_);
+    }
+
+  private:
+    mutable std::mutex mutex_;
+    mutable std::set<std::thread::id> askers_;
+};
+
 }  // namespace
 
 TEST(EndPointRemoval_pure, on_another_thread_waits_for_the_running_callback) {
@@ -85,6 +109,41 @@ TEST(EndPointRemoval_pure, a_new_handler_waits_for_a_callback_of_the_former) {
     ASSERT_TRUE(handler.waitFor("readable"));
     EXPECT_EQ(former.count("readable"), 1U);
     manager.removeEndPoint(endPoint);
+}
+
+TEST(EndPointRemoval_pure, an_end_point_added_again_is_asked_on_the_managers_thread) {
+    const Line line = makePipe();
+    const auto endPoint = std::make_shared<NotingEndPoint>(line.endPoint->descriptor.exchange(-1));
+    RecordingHandler handler;
+    std::thread::id managersThread;
+    handler.readable = [&](const auto& own, auto* /*manager*/) {
+        readSome(*own);
+        managersThread = std::this_thread::get_id();
+    };
+    ZREndPointManager manager;
+    manager.addEndPoint(endPoint, &handler);
+    const std::set<std::thread::id> first = endPoint->takeAskers();
+    EXPECT_EQ(first, std::set<std::thread::id>{std::this_thread::get_id()});
+    manager.addEndPoint(endPoint, &handler);
+    line.send("x");
+    ASSERT_TRUE(handler.waitFor("readable"));
+    manager.removeEndPoint(endPoint);
+    EXPECT_EQ(endPoint->takeAskers(), std::set<std::thread::id>{managersThread});
+}
+
+TEST(EndPointRemoval_pure, adding_waits_for_the_callback_that_has_removed_the_end_point) {
+    const std::shared_ptr<TestEndPoint> endPoint = makeAlwaysReadable();
+    HeldCallback callback;
+    RecordingHandler former;
+    former.readable = [&](const auto& own, auto* manager) {
+        manager->removeEndPoint(own);
+        callback.hold();
+    };
+    RecordingHandler handler;
+    ZREndPointManager manager;
+    manager.addEndPoint(endPoint, &former);
+    EXPECT_TRUE(waitsForCallback(callback, [&] { manager.addEndPoint(endPoint, &handler); }));
+    EXPECT_TRUE(handler.waitFor("readable"));
 }
 
 TEST(EndPointRemoval_pure, waits_for_a_reconnect_and_nothing_is_announced_after_it) {
@@ -187,6 +246,25 @@ TEST(EndPointRemoval_pure, an_end_point_that_goes_with_its_removal_may_remove_ot
     const std::shared_ptr<ZREndPoint> alias(std::shared_ptr<void>(), last.get());
     last.reset();
     manager.removeEndPoint(alias);
+    EXPECT_EQ(other.endPoint.use_count(), 1);
+}
+
+TEST(EndPointRemoval_pure, an_end_point_that_goes_with_its_manager_may_remove_and_add_others) {
+    Line line = makePipe();
+    const Line other = makePipe();
+    RecordingHandler handler;
+    bool gone = false;
+    auto owner = std::make_unique<ZREndPointManager>();
+    line.endPoint->onEnd = [&, manager = owner.get()] {
+        manager->removeEndPoint(other.endPoint);
+        manager->addEndPoint(other.endPoint, &handler);
+        gone = true;
+    };
+    owner->addEndPoint(other.endPoint, &handler);
+    owner->addEndPoint(line.endPoint, &handler);
+    line.endPoint.reset();
+    owner.reset();
+    EXPECT_TRUE(gone);
     EXPECT_EQ(other.endPoint.use_count(), 1);
 }
 
