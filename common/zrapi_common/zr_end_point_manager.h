@@ -32,9 +32,10 @@ namespace ZR {
 /// std::exception; anything else ends the process.
 ///
 /// Destroy a manager before the handlers that it knows, and before `main` returns: singletons that
-/// handle events die at process exit. A manager does not survive fork() in the child, which has no
-/// thread to end: a child that destroys one, and be it by exit() with a manager of static life,
-/// waits for ever. It leaves with _exit() or starts another program.
+/// handle events die at process exit. A manager does not survive fork() in the child, which lacks
+/// the thread and may have copied a lock that it held: a child that destroys one, and be it by
+/// exit() with a manager of static life, may wait for ever. It leaves with _exit() or starts
+/// another program.
 class ZRAPI_EXPORT ZREndPointManager {
   public:
     /// Starts the thread.

@@ -252,19 +252,20 @@ TEST(EndPointRemoval_pure, an_end_point_that_goes_with_its_removal_may_remove_ot
 TEST(EndPointRemoval_pure, an_end_point_that_goes_with_its_manager_may_remove_and_add_others) {
     Line line = makePipe();
     const Line other = makePipe();
+    const Line added = makePipe();
     RecordingHandler handler;
-    bool gone = false;
+    long holders = 0;
     auto owner = std::make_unique<ZREndPointManager>();
     line.endPoint->onEnd = [&, manager = owner.get()] {
         manager->removeEndPoint(other.endPoint);
-        manager->addEndPoint(other.endPoint, &handler);
-        gone = true;
+        manager->addEndPoint(added.endPoint, &handler);
+        holders = added.endPoint.use_count();
     };
     owner->addEndPoint(other.endPoint, &handler);
     owner->addEndPoint(line.endPoint, &handler);
     line.endPoint.reset();
     owner.reset();
-    EXPECT_TRUE(gone);
+    EXPECT_EQ(holders, 1);
     EXPECT_EQ(other.endPoint.use_count(), 1);
 }
 

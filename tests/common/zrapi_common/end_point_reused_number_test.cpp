@@ -173,6 +173,58 @@ TEST(EndPointReusedNumber_pure, the_former_owner_is_lost_and_never_called_for_th
     line.endPoint->descriptor = -1;
 }
 
+TEST(EndPointReusedNumber_pure, a_former_owner_that_is_added_again_at_once_is_still_lost) {
+    const std::shared_ptr<TestEndPoint> busy = makeAlwaysReadable();
+    const Line line = makePipe();
+    const Line next = makePipe();
+    Gate entered;
+    Gate goOn;
+    RecordingHandler busyHandler;
+    busyHandler.readable = [&](const auto& own, auto* manager) {
+        manager->removeEndPoint(own);
+        entered.open();
+        goOn.wait();
+    };
+    RecordingHandler handler;
+    RecordingHandler secondHandler;
+    ZREndPointManager manager;
+    manager.addEndPoint(line.endPoint, &handler);
+    manager.addEndPoint(busy, &busyHandler);
+    ASSERT_TRUE(entered.wait());
+    const std::shared_ptr<TestEndPoint> second = openAnotherUnder(line.endPoint->descriptor, next);
+    manager.addEndPoint(second, &secondHandler);
+    line.endPoint->descriptor = -1;
+    manager.addEndPoint(line.endPoint, &handler);
+    goOn.open();
+    EXPECT_TRUE(handler.waitFor("disconnected"));
+    EXPECT_EQ(handler.calls(), "disconnected");
+}
+
+TEST(EndPointReusedNumber_pure, the_callback_of_one_loss_may_cause_another) {
+    const Line first = makePipe();
+    const Line last = makePipe();
+    const Line next = makePipe();
+    const Line afterNext = makePipe();
+    std::shared_ptr<TestEndPoint> third;
+    RecordingHandler newHandler;
+    RecordingHandler firstHandler;
+    RecordingHandler lastHandler;
+    ZREndPointManager manager;
+    lastHandler.disconnected = [&](const auto& /*own*/, auto* /*manager*/) {
+        third = openAnotherUnder(first.endPoint->descriptor.exchange(-1), afterNext);
+        manager.addEndPoint(third, &newHandler);
+    };
+    manager.addEndPoint(first.endPoint, &firstHandler);
+    manager.addEndPoint(last.endPoint, &lastHandler);
+    const std::shared_ptr<TestEndPoint> second =
+        openAnotherUnder(last.endPoint->descriptor.exchange(-1), next);
+    manager.addEndPoint(second, &newHandler);
+    EXPECT_TRUE(firstHandler.waitFor("disconnected"));
+    EXPECT_EQ(firstHandler.calls(), "disconnected");
+    EXPECT_EQ(lastHandler.calls(), "disconnected");
+    EXPECT_EQ(newHandler.calls(), "");
+}
+
 TEST(EndPointReusedNumber_pure, a_copy_of_what_was_opened_before_takes_no_time) {
     const std::shared_ptr<TestEndPoint> endPoint = makeAlwaysReadable();
     const FileDescriptor copy(::fcntl(endPoint->descriptor, F_DUPFD_CLOEXEC, 0));
