@@ -6,7 +6,7 @@
 
 #include "frames.h"
 
-enum { KEPT = 8192, LINES_SHOWN = 40 };
+enum { KEPT = 8192, LINES_SHOWN = 60 };
 
 static char kept[KEPT];
 static size_t kept_length;
