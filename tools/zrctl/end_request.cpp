@@ -9,6 +9,8 @@
 #include <limits>
 #include <system_error>
 
+#include "tools/zrctl/output.h"
+
 namespace zrctl {
 namespace {
 
@@ -39,9 +41,11 @@ EndRequest::EndRequest() {
     signals_ = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     if (signals_ < 0)
         throw std::system_error(errno, std::generic_category(), "cannot wait for signals");
+    giveUpPrintingWhenReadable(signals_);
 }
 
 EndRequest::~EndRequest() {
+    giveUpPrintingWhenReadable(-1);
     ::close(signals_);
 }
 

@@ -1,10 +1,13 @@
 #include "tools/zrctl/output.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <string>
 
@@ -12,6 +15,9 @@ namespace zrctl {
 namespace {
 
 constexpr char nullDevice[] = "/dev/null";
+constexpr int patience = 2000;  // milliseconds
+
+int endRequests = -1;
 
 /// @return 0, or the error that stopped the writing
 int writeAll(int descriptor, std::string_view text) {
@@ -24,6 +30,14 @@ int writeAll(int descriptor, std::string_view text) {
         text.remove_prefix(static_cast<std::size_t>(written));
     }
     return 0;
+}
+
+/// Waits until standard output takes a piece without blocking.
+/// @return false when the end was asked for and the reader still takes nothing
+bool awaitReader() {
+    std::array<pollfd, 2> both{{{STDOUT_FILENO, POLLOUT, 0}, {endRequests, POLLIN, 0}}};
+    (void)::poll(both.data(), both.size(), -1);
+    return both[0].revents != 0 || both[1].revents == 0 || ::poll(both.data(), 1, patience) != 0;
 }
 
 void occupy(int descriptor, int flags) {
@@ -42,8 +56,19 @@ void prepareStandardStreams() {
 }
 
 void print(std::string_view text) {
-    if (const int error = writeAll(STDOUT_FILENO, text))
-        throw OutputError(error);
+    // What poll lets through, a pipe takes whole up to this size.
+    const std::size_t piece = endRequests < 0 ? text.size() : PIPE_BUF;
+    while (!text.empty()) {
+        if (endRequests >= 0 && !awaitReader())
+            throw OutputError(ETIMEDOUT);
+        if (const int error = writeAll(STDOUT_FILENO, text.substr(0, piece)))
+            throw OutputError(error);
+        text.remove_prefix(std::min(piece, text.size()));
+    }
+}
+
+void giveUpPrintingWhenReadable(int descriptor) {
+    endRequests = descriptor;
 }
 
 std::string column(std::string text, std::size_t width) {

@@ -24,6 +24,11 @@ void prepareStandardStreams();
 /// @throws OutputError
 void print(std::string_view text);
 
+/// Lets print() give up, with the error of a time-out, when @p descriptor is readable and the reader
+/// of standard output takes nothing for two seconds more. Before that it waits for the reader.
+/// @param descriptor  -1 for none: print() waits as long as the reader likes
+void giveUpPrintingWhenReadable(int descriptor);
+
 /// Fills a text up with blanks to a column's width.
 std::string column(std::string text, std::size_t width);
 
