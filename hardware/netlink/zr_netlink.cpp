@@ -129,6 +129,9 @@ void ZRNetlink::onEndPointReconnected(std::shared_ptr<ZREndPoint> /*endPoint*/) 
 
 void ZRNetlink::onEndPointDisconnected(std::shared_ptr<ZREndPoint> /*endPoint*/) {}
 
+// By value, as callers know these operations: a reference would change their names in the library.
+// NOLINTBEGIN(performance-unnecessary-value-param)
+
 void ZRNetlink::handleDigitalInputEndpoint(std::shared_ptr<ZRNetlinkEndPoint> endPoint) {
     MessageBuffer message;  // NOLINT(*-init): filled by the kernel
     Notification notification;
@@ -151,6 +154,8 @@ void ZRNetlink::handleAnalogInputEndpoint(std::shared_ptr<ZRNetlinkEndPoint> end
         analogValues(notification, values))
         post(values);
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 void ZRNetlink::post(const NotificationValues& values) {
     if (eventQueue == nullptr)
