@@ -3,7 +3,6 @@
 #include <libsocketcan.h>
 #include <linux/can.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <exception>
@@ -71,7 +70,10 @@ inline can_frame kernelFrame(const ZRCANMessage& message) {
 inline void storeFrame(const can_frame& frame, ZRCANMessage& message) {
     message.id = frame.can_id;
     message.length = frame.can_dlc;
-    std::memcpy(message.data, frame.data, std::min<std::size_t>(frame.can_dlc, CAN_MAX_DLEN));
+    if (frame.can_dlc >= CAN_MAX_DLEN)
+        std::memcpy(message.data, frame.data, CAN_MAX_DLEN);  // most frames: no call
+    else
+        std::memcpy(message.data, frame.data, frame.can_dlc);
 }
 
 }  // namespace ZR

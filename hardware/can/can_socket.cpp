@@ -145,22 +145,26 @@ void CANSocket::printSendFailure(int error) const {
 unsigned int CANSocket::receive(ZRCANMessage* message) {
     can_frame frame{};
     const ssize_t result = ::read(socketDescriptor, &frame, sizeof frame);
-    if (result == sizeof frame) {
-        message->timeStamp = static_cast<std::uint32_t>(ZRTick::getTickCount());
-        storeFrame(frame, *message);
-        return ResultSuccess;
+    if (result != sizeof frame)
+        return receiveFailed(result, errno);
+    message->timeStamp = static_cast<std::uint32_t>(ZRTick::getTickCount());
+    storeFrame(frame, *message);
+    return ResultSuccess;
+}
+
+// Of its own, and never put into receive(): its texts would cost each frame that arrives.
+[[gnu::noinline]] unsigned int CANSocket::receiveFailed(long result, int error) const {
+    if (result >= 0) {
+        printLine({"CANSocket::receive() on port ", std::to_string(port), ": ERROR: read only ",
+                   std::to_string(result), " bytes instead of ", std::to_string(sizeof(can_frame)),
+                   "."});
+        return ResultFailure;
     }
-    const int error = errno;
-    if (result < 0) {
-        if (error != EAGAIN)
-            printLine({"CANSocket::receive() on port ", std::to_string(port),
-                       ": ERROR: read failed: ", std::to_string(result),
-                       ", errno: ", std::to_string(error), " (", std::strerror(error), ")."});
-        return ResultReadFailed;
-    }
-    printLine({"CANSocket::receive() on port ", std::to_string(port), ": ERROR: read only ",
-               std::to_string(result), " bytes instead of ", std::to_string(sizeof frame), "."});
-    return ResultFailure;
+    if (error != EAGAIN)
+        printLine({"CANSocket::receive() on port ", std::to_string(port),
+                   ": ERROR: read failed: ", std::to_string(result),
+                   ", errno: ", std::to_string(error), " (", std::strerror(error), ")."});
+    return ResultReadFailed;
 }
 
 int CANSocket::setPolling(bool enable, unsigned int milliseconds) {

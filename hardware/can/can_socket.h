@@ -73,6 +73,7 @@ class ZRAPI_EXPORT CANSocket : public ZRCANRaw {
   private:
     unsigned int sendAgain(const can_frame& frame);
     void printSendFailure(int error) const;
+    unsigned int receiveFailed(long result, int error) const;
 };
 
 }  // namespace ZR
