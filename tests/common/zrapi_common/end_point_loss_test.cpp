@@ -50,7 +50,7 @@ int udpSocket(sockaddr_in& address) {
 std::shared_ptr<TestEndPoint> makeRefused() {
     sockaddr_in own{};
     sockaddr_in peer{};
-    const auto endPoint = std::make_shared<TestEndPoint>(udpSocket(own));
+    auto endPoint = std::make_shared<TestEndPoint>(udpSocket(own));
     const FileDescriptor closedAtOnce(udpSocket(peer));
     if (endPoint->descriptor < 0 || !closedAtOnce.isOpen() ||
         ::connect(endPoint->descriptor, reinterpret_cast<sockaddr*>(&peer), sizeof peer) != 0)

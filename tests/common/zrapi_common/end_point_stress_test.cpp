@@ -55,7 +55,7 @@ TEST(EndPointStress_pure, threads_that_add_and_remove_at_once_lose_nothing) {
         thread.join();
     for (const Line& line : shared)
         manager.addEndPoint(line.endPoint, &handler);
-    EXPECT_TRUE(handler.waitForBytes(workers * rounds));
+    EXPECT_TRUE(handler.waitForBytes(std::size_t{workers} * rounds));
     EXPECT_EQ(handler.count("disconnected"), 0U);
     for (const Line& line : shared)
         manager.removeEndPoint(line.endPoint);
