@@ -22,8 +22,8 @@ function(_media_controller_compiles result call)
     formats.c
     "#include <mediactl/mediactl.h>
 #include <mediactl/v4l2subdev.h>
-int set_formats(struct media_device *media)\; int set_formats(struct media_device *media)
-{ return v4l2_subdev_parse_setup_formats(${call})\; }
+int set_formats(struct media_device *media); int set_formats(struct media_device *media)
+{ return v4l2_subdev_parse_setup_formats(${call}); }
 "
     CMAKE_FLAGS "-DINCLUDE_DIRECTORIES=${MediaController_INCLUDE_DIR}" NO_CACHE)
   set(${result} ${compiles} PARENT_SCOPE)
