@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -18,6 +19,18 @@ std::vector<std::string>& reports() {
     return collected;
 }
 
+std::string printedBy(const std::string& command, int& status) {
+    std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
+    std::string text;
+    for (int character = std::fgetc(pipe.get()); character != EOF;
+         character = std::fgetc(pipe.get()))
+        text += static_cast<char>(character);
+    if (!text.empty() && text.back() == '\n')
+        text.pop_back();
+    status = ::pclose(pipe.release());
+    return text;
+}
+
 }  // namespace
 
 void turn(const std::string& knob, const std::string& text) {
@@ -27,17 +40,18 @@ void turn(const std::string& knob, const std::string& text) {
 }
 
 std::string seenByCat(const std::string& path) {
-    const std::string command = "cat '" + path + "' 2>/dev/null";
-    std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-    std::string text;
-    for (int character = std::fgetc(pipe.get()); character != EOF;
-         character = std::fgetc(pipe.get()))
-        text += static_cast<char>(character);
-    if (::pclose(pipe.release()) != 0)
-        return "(cat failed)";
-    if (!text.empty() && text.back() == '\n')
-        text.pop_back();
-    return text;
+    int status = 0;
+    std::string text = printedBy("cat '" + path + "' 2>/dev/null", status);
+    return status == 0 ? text : "(cat failed)";
+}
+
+void run(const std::string& command) {
+    ASSERT_EQ(0, std::system(command.c_str())) << command;
+}
+
+std::string saidBy(const std::string& command) {
+    int status = 0;
+    return printedBy(command, status);
 }
 
 void clearLog() {

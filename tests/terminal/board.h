@@ -13,6 +13,12 @@ void turn(const std::string& knob, const std::string& text);
 /// What `cat` prints of a file, without the newline at its end; "(cat failed)" when it fails.
 std::string seenByCat(const std::string& path);
 
+/// Runs a command of the shell, which must succeed.
+void run(const std::string& command);
+
+/// What a command of the shell prints, without the newline at its end.
+std::string saidBy(const std::string& command);
+
 /// Empties the board's log.
 void clearLog();
 

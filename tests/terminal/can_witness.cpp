@@ -16,7 +16,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -75,21 +74,6 @@ bool eventually(const std::function<bool()>& condition) {
         std::this_thread::sleep_for(distance);
     }
     return true;
-}
-
-void run(const std::string& command) {
-    ASSERT_EQ(0, std::system(command.c_str())) << command;
-}
-
-std::string saidBy(const std::string& command) {
-    std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-    std::string text;
-    for (int character = std::fgetc(pipe.get()); character != EOF;
-         character = std::fgetc(pipe.get()))
-        text += static_cast<char>(character);
-    if (!text.empty() && text.back() == '\n')
-        text.pop_back();
-    return text;
 }
 
 std::string shownByIp(const std::string& interface, const std::string& words) {

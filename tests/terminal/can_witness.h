@@ -20,12 +20,6 @@ namespace ZR::test {
 /// Waits for what comes by itself. False after 30 s: it never comes.
 bool eventually(const std::function<bool()>& condition);
 
-/// Runs a command of the shell, which must succeed.
-void run(const std::string& command);
-
-/// What a command of the shell prints, without the newline at its end.
-std::string saidBy(const std::string& command);
-
 /// The word behind @p words in what `ip` shows of an interface; empty when it shows none.
 std::string shownByIp(const std::string& interface, const std::string& words);
 

@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <ostream>
 #include <thread>
 #include <utility>
@@ -52,15 +51,6 @@ int openForWriting(const std::string& knob) {
     const int file = ::open((knobs + knob).c_str(), O_WRONLY | O_CLOEXEC);
     EXPECT_GE(file, 0) << "knob " << knob;
     return file;
-}
-
-std::string saidBy(const std::string& command) {
-    std::unique_ptr<FILE, int (*)(FILE*)> pipe(::popen(command.c_str(), "r"), ::pclose);
-    std::string text;
-    for (int character = std::fgetc(pipe.get()); character != EOF;
-         character = std::fgetc(pipe.get()))
-        text += static_cast<char>(character);
-    return text;
 }
 
 double processorSeconds() {
