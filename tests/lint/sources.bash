@@ -22,3 +22,14 @@ project_files() {
 cxx_files() {
     project_files '*.cpp' '*.h' '*.c' | grep -v '^simulated_terminal/kernel/'
 }
+
+# What clang-tidy is called with, one a line; $2 adds to the checks of .clang-tidy or takes away. The
+# plugin of the build folder $1, where there is one, keeps it to the project's own declarations.
+tidy_options() {
+    local plugin=$1/tests/lint/own_declarations.so checks=${2:-}
+    if [ -f "$plugin" ]; then
+        checks+=,zr-own-declarations
+        printf '%s\n' "--load=$plugin"
+    fi
+    printf '%s\n' --quiet "--checks=${checks#,}"
+}
