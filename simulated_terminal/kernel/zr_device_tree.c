@@ -99,6 +99,12 @@ static int init_compatible(int choice)
 	}
 }
 
+/* The small processor has no image processing units; it gets those of dual. */
+bool zr_processor_is_quad(void)
+{
+	return !strcmp(variant, variants[VARIANT_QUAD]);
+}
+
 int zr_device_tree_init(void)
 {
 	int choice = zr_parameter_choice("variant", variant, variants);

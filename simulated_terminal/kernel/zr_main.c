@@ -22,6 +22,7 @@ static const struct {
 	{ zr_input_init },
 	{ zr_device_tree_init, zr_device_tree_exit },
 	{ zr_can_init, zr_can_exit },
+	{ zr_media_init, zr_media_exit },
 };
 
 static void tear_down(int count)

@@ -60,7 +60,7 @@ struct zr_decoder *zr_decoder_upstream_locked(struct media_entity *entity);
 /*
  * The sub-device of a decoder that is in the graph. graph_mutex is held, here
  * and while the caller asks it for standards: its s_std, g_std, querystd and
- * g_tvnorms take no lock that comes before.
+ * g_tvnorms rely on that.
  */
 struct v4l2_subdev *zr_decoder_subdev(struct zr_decoder *decoder);
 

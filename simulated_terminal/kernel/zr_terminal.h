@@ -25,6 +25,9 @@ bool zr_list_has(const char *list, const char *item);
 int zr_list_check(const char *parameter, const char *list,
 		  bool (*known)(const char *item));
 
+/* Whether "variant" names the processor with two image processing units. */
+bool zr_processor_is_quad(void);
+
 /* --- Attributes of our own drivers -------------------------------------- */
 
 /* The netlink family that tells of a changed value. */
@@ -139,5 +142,7 @@ int zr_device_tree_init(void);
 void zr_device_tree_exit(void);
 int zr_can_init(void);
 void zr_can_exit(void);
+int zr_media_init(void);
+void zr_media_exit(void);
 
 #endif
