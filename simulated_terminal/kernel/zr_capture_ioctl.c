@@ -48,10 +48,12 @@ static void log_format(const struct zr_capture *capture)
 {
 	const struct v4l2_pix_format *format = &capture->format;
 	char text[32];
+	int length;
 
-	scnprintf(text, sizeof(text), "%p4cc %ux%u", &format->pixelformat,
-		  format->width, format->height);
-	zr_log_text(capture->board->folder, "format", text, strlen(text), 0);
+	length = scnprintf(text, sizeof(text), "%.4s %ux%u",
+			   (const char *)&format->pixelformat, format->width,
+			   format->height);
+	zr_log_text(capture->board->folder, "format", text, length, 0);
 }
 
 static int set_format(struct file *file, void *fh, struct v4l2_format *format)
@@ -86,39 +88,6 @@ static int enumerate_sizes(struct file *file, void *fh,
 	size->type = V4L2_FRMSIZE_TYPE_DISCRETE;
 	size->discrete.width = format.width;
 	size->discrete.height = format.height;
-	return 0;
-}
-
-/* --- Frame rate ---------------------------------------------------------------- */
-
-static const struct v4l2_fract pal_interval = { 1, 25 };
-static const struct v4l2_fract ntsc_interval = { 1001, 30000 };
-
-struct v4l2_fract zr_capture_interval(bool ntsc)
-{
-	return ntsc ? ntsc_interval : pal_interval;
-}
-
-/*
- * The pads speak of fields, 50 a second, and the capture interface can leave
- * some out: 25 frames a second are offered whatever the standard.
- */
-static int enumerate_intervals(struct file *file, void *fh,
-			       struct v4l2_frmivalenum *interval)
-{
-	struct v4l2_pix_format format;
-	bool ntsc;
-
-	if (!size_of_now(video_drvdata(file), interval->pixel_format,
-			 &format) ||
-	    interval->width != format.width ||
-	    interval->height != format.height)
-		return -EINVAL;
-	ntsc = format.height == 480;
-	if (interval->index > ntsc)
-		return -EINVAL;
-	interval->type = V4L2_FRMIVAL_TYPE_DISCRETE;
-	interval->discrete = zr_capture_interval(ntsc && !interval->index);
 	return 0;
 }
 
@@ -181,18 +150,56 @@ static int set_standard(struct file *file, void *fh, v4l2_std_id standard)
 	return ret;
 }
 
+/* --- Frame rate ---------------------------------------------------------------- */
+
+static const struct v4l2_fract pal_interval = { 1, 25 };
+static const struct v4l2_fract ntsc_interval = { 1001, 30000 };
+
+struct v4l2_fract zr_capture_interval(bool ntsc)
+{
+	return ntsc ? ntsc_interval : pal_interval;
+}
+
+/* Without a decoder it is PAL. */
+static bool is_ntsc(struct zr_capture *capture)
+{
+	struct zr_decoder *decoder =
+		zr_decoder_upstream(&capture->video.entity);
+
+	return decoder && zr_decoder_standard(decoder) & V4L2_STD_525_60;
+}
+
+/*
+ * The pads speak of fields, 50 a second, and the capture interface can leave
+ * some out: 25 frames a second are offered whatever the standard.
+ */
+static int enumerate_intervals(struct file *file, void *fh,
+			       struct v4l2_frmivalenum *interval)
+{
+	struct zr_capture *capture = video_drvdata(file);
+	struct v4l2_pix_format format;
+	bool ntsc;
+
+	if (!size_of_now(capture, interval->pixel_format, &format) ||
+	    interval->width != format.width ||
+	    interval->height != format.height)
+		return -EINVAL;
+	ntsc = is_ntsc(capture);
+	if (interval->index > ntsc)
+		return -EINVAL;
+	interval->type = V4L2_FRMIVAL_TYPE_DISCRETE;
+	interval->discrete = zr_capture_interval(ntsc && !interval->index);
+	return 0;
+}
+
 static int get_parameters(struct file *file, void *fh,
 			  struct v4l2_streamparm *parameters)
 {
-	v4l2_std_id standard = V4L2_STD_UNKNOWN;
-
 	if (parameters->type != V4L2_BUF_TYPE_VIDEO_CAPTURE)
 		return -EINVAL;
-	/* Without a decoder it is PAL's. */
-	get_standard(file, fh, &standard);
 	parameters->parm.capture.capability = V4L2_CAP_TIMEPERFRAME;
 	parameters->parm.capture.timeperframe =
-		zr_capture_interval(standard & V4L2_STD_525_60);
+		zr_capture_interval(is_ntsc(video_drvdata(file)));
 	parameters->parm.capture.readbuffers = 2;
 	return 0;
 }

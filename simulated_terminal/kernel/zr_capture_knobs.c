@@ -32,9 +32,9 @@ static void show_capture(struct seq_file *file, struct zr_capture *capture)
 	seq_printf(file, "node /dev/video%d\n", capture->video.num);
 	seq_printf(file, "stream %s\n", state_of(capture));
 	seq_printf(file, "frames %u\n", READ_ONCE(capture->frames));
-	seq_printf(file, "format %p4cc %ux%u field %u\n",
-		   &format->pixelformat, format->width, format->height,
-		   format->field);
+	seq_printf(file, "format %.4s %ux%u\n",
+		   (const char *)&format->pixelformat, format->width,
+		   format->height);
 	show_standard(file, capture);
 	for (i = 0; i < ZR_CAPTURE_CONTROLS; i++)
 		seq_printf(file, "%s %d\n", zr_capture_control_name(i),

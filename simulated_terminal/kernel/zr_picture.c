@@ -154,9 +154,12 @@ static void fill(const struct zr_picture *picture, u8 *to,
 
 /* --- Colours ----------------------------------------------------------------- */
 
-static u8 limit_chroma(s64 value)
+/* @value is as large as the tables' numbers make it, whose 1 is 2^31. */
+static u8 chroma(s64 value)
 {
-	return clamp_t(s64, value + 128, 16, 240);
+	s64 rounded = (value + (s64)BIT(30)) >> 31;
+
+	return clamp_t(s64, rounded + 128, 16, 240);
 }
 
 static struct zr_colour seen(const struct zr_look *look,
@@ -169,11 +172,10 @@ static struct zr_colour seen(const struct zr_look *look,
 	int v = (colour->v - 128) * look->saturation / ZR_SATURATION_NEUTRAL;
 	int y = (colour->y - 16) * look->contrast / ZR_CONTRAST_NEUTRAL;
 
-	/* The table's 1 is a little less than 1: add half before the shift. */
 	return (struct zr_colour){
 		.y = clamp(y + 16 + look->brightness, 16, 235),
-		.u = limit_chroma((u * cosine - v * sine + BIT(30)) >> 31),
-		.v = limit_chroma((u * sine + v * cosine + BIT(30)) >> 31),
+		.u = chroma(u * cosine - v * sine),
+		.v = chroma(u * sine + v * cosine),
 	};
 }
 
