@@ -123,6 +123,7 @@ bool zr_subdev_is_streaming(const struct zr_subdev *subdev);
 
 /* zr_subdev_format.c */
 extern const struct v4l2_subdev_pad_ops zr_subdev_pad_ops;
+extern const struct v4l2_subdev_pad_ops zr_interface_pad_ops;
 /* "UYVY8_2X8/720x576 none" */
 void zr_format_text(const struct v4l2_mbus_framefmt *format, char *text,
 		    size_t size);

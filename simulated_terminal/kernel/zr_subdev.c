@@ -126,7 +126,7 @@ static const struct v4l2_subdev_ops decoder_ops = {
 
 static const struct v4l2_subdev_ops interface_ops = {
 	.video = &interface_video_ops,
-	.pad = &zr_subdev_pad_ops,
+	.pad = &zr_interface_pad_ops,
 };
 
 static const struct v4l2_subdev_ops plain_ops = {

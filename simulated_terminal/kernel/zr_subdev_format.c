@@ -241,7 +241,7 @@ static int enum_frame_size(struct v4l2_subdev *sd,
 	return 0;
 }
 
-/* All links of the pipeline are looked at; this one's path must have a start. */
+/* Without a decoder at the start of the path there is no link to find fault with. */
 static int link_validate(struct v4l2_subdev *sd, struct media_link *link,
 			 struct v4l2_subdev_format *source,
 			 struct v4l2_subdev_format *sink)
@@ -251,11 +251,19 @@ static int link_validate(struct v4l2_subdev *sd, struct media_link *link,
 	return v4l2_subdev_link_validate_default(sd, link, source, sink);
 }
 
-const struct v4l2_subdev_pad_ops zr_subdev_pad_ops = {
+const struct v4l2_subdev_pad_ops zr_interface_pad_ops = {
 	.init_cfg = init_cfg,
 	.enum_mbus_code = enum_mbus_code,
 	.enum_frame_size = enum_frame_size,
 	.get_fmt = get_fmt,
 	.set_fmt = set_fmt,
 	.link_validate = link_validate,
+};
+
+const struct v4l2_subdev_pad_ops zr_subdev_pad_ops = {
+	.init_cfg = init_cfg,
+	.enum_mbus_code = enum_mbus_code,
+	.enum_frame_size = enum_frame_size,
+	.get_fmt = get_fmt,
+	.set_fmt = set_fmt,
 };
