@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <mediactl/mediactl.h>
 
 #include <cerrno>
 #include <cstring>
@@ -8,6 +7,7 @@
 
 #include "hardware/guarded_services_internal.h"
 #include "hardware/video_input/gstreamer_video_input/functional/capture_discovery_internal.h"
+#include "hardware/video_input/gstreamer_video_input/functional/media_controller_internal.h"
 #include "hardware/video_input/gstreamer_video_input/functional/zr_gstreamer_video_input.h"
 
 namespace ZR {
@@ -18,7 +18,7 @@ using Input = ZRGstreamerVideoInput;
 constexpr char compatibleFile[] = "/proc/device-tree/compatible";
 constexpr char mediaDevicePath[] = "/dev/media0";
 
-/// Runs one step of the discovery. There may be no memory for a text: then the step ends there and
+/// Runs one step of the discovery. There may be no memory for a text: then this step ends there and
 /// the next one follows, as after any other failure.
 template <typename Step>
 void attempt(Step step) {
@@ -34,8 +34,7 @@ void detectVariant() {
         Input::runningOnQuadCore = lastCompatibleComponent(compatible) != dualLiteComponent;
 }
 
-void recordEntity(std::string_view name, const char* node) {
-    const std::string path = node == nullptr ? "" : node;
+void recordEntity(std::string_view name, const char* path) {
     switch (captureEntity(name, Input::runningOnQuadCore)) {
         case CaptureEntity::SharedDecoder:
             Input::twName = name;
@@ -71,8 +70,11 @@ void findEntities() {
         const media_entity_desc* const info = media_entity_get_info(entity);
         if (info == nullptr)
             continue;
-        recordEntity({info->name, ::strnlen(info->name, sizeof info->name)},
-                     media_entity_get_devname(entity));
+        const char* const node = media_entity_get_devname(entity);
+        attempt([&] {
+            recordEntity({info->name, ::strnlen(info->name, sizeof info->name)},
+                         node == nullptr ? "" : node);
+        });
     }
 }
 
@@ -105,16 +107,6 @@ void enableLinks() {
 }
 
 }  // namespace
-
-std::string ZRGstreamerVideoInput::videoDevices[inputCount];
-std::string ZRGstreamerVideoInput::videoSubDevices[inputCount];
-int ZRGstreamerVideoInput::fileDescriptors[inputCount] = {-1, -1, -1};
-int ZRGstreamerVideoInput::fileDescriptorsSub[inputCount] = {-1, -1, -1};
-std::string ZRGstreamerVideoInput::twName;
-std::string ZRGstreamerVideoInput::advName;
-bool ZRGstreamerVideoInput::runningOnQuadCore = false;
-media_device* ZRGstreamerVideoInput::mediaDevice = nullptr;
-bool ZRGstreamerVideoInput::initialSetupPending = true;
 
 void ZRGstreamerVideoInput::doInitialSetup() {
     if (!initialSetupPending)

@@ -1,6 +1,4 @@
 #include <linux/videodev2.h>
-#include <mediactl/mediactl.h>
-#include <mediactl/v4l2subdev.h>
 
 #include <cerrno>
 #include <cstring>
@@ -10,6 +8,7 @@
 #include "hardware/decimal_internal.h"
 #include "hardware/print_line_internal.h"
 #include "hardware/video_input/gstreamer_video_input/functional/capture_routing_internal.h"
+#include "hardware/video_input/gstreamer_video_input/functional/media_controller_internal.h"
 #include "hardware/video_input/gstreamer_video_input/functional/video_device_internal.h"
 #include "hardware/video_input/gstreamer_video_input/functional/video_standard_internal.h"
 #include "hardware/video_input/gstreamer_video_input/functional/zr_gstreamer_video_input.h"
@@ -40,26 +39,17 @@ void selectInput(int input) {
     if (!askVideoDriver(descriptor, VIDIOC_G_CTRL, control) || control.value != selection.wrong)
         return;
     control.value = selection.wanted;
-    if (!askVideoDriver(descriptor, VIDIOC_S_CTRL, control))
+    if (!tellVideoDriver(descriptor, VIDIOC_S_CTRL, control))
         printLine({Decimal(input).text(), ": FAIL: SET INPUT ", Decimal(selection.wanted).text()});
 }
 
 void setFormats(const std::string& text) {
-    media_device* const device = ZRGstreamerVideoInput::mediaDevice;
     // The system's library takes no null device.
-    if (device == nullptr)
-        return;
-#if ZRAPI_SUBDEV_FORMATS_TAKE_WHICH
-    (void)v4l2_subdev_parse_setup_formats(device, V4L2_SUBDEV_FORMAT_ACTIVE, text.c_str());
-#else
-    (void)v4l2_subdev_parse_setup_formats(device, text.c_str());
-#endif
+    if (ZRGstreamerVideoInput::mediaDevice != nullptr)
+        (void)setPadFormats(ZRGstreamerVideoInput::mediaDevice, text.c_str());
 }
 
 }  // namespace
-
-std::string ZRGstreamerVideoInput::palSize = "720x576";
-std::string ZRGstreamerVideoInput::ntscSize = "720x480";
 
 void ZRGstreamerVideoInput::setupCameraInput(int input) {
     if (sharesDecoder(input))
@@ -87,7 +77,10 @@ void ZRGstreamerVideoInput::applyDetectedVideoStandard(int input) try {
     setFormats(sharesDecoder(input) ? sharedPathFormats(twName, runningOnQuadCore, size)
                                     : secondPathFormats(advName, runningOnQuadCore, size));
 } catch (const std::exception&) {
-    // No memory for a record or a text: refused formats are ignored too.
+    // No memory for a record or a text. What was not set up is not known: the next call tries again.
+    const auto setting = videoSettings.find(interfaceNumber(input));
+    if (setting != videoSettings.end())
+        setting->second.videoStandard = standardUnknown;
 }
 
 }  // namespace ZR

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -34,8 +35,8 @@ std::string joinFormats(const std::string& name, const std::string_view (&pieces
 }
 
 /// The formats of the path of the inputs 0 and 2, from the decoder to the capture node. The frame
-/// interval is that of PAL fields for NTSC too, and the DualLite's text has no field: kept, the
-/// drivers' own answer to each is what the cameras were tuned with.
+/// interval is that of PAL's fields for NTSC too, and the DualLite's text names no field: both kept,
+/// the drivers answer to exactly these texts.
 /// @param size  as in "720x576"
 inline std::string sharedPathFormats(const std::string& twName, bool quadCore,
                                      const std::string& size) {

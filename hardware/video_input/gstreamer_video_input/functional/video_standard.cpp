@@ -12,9 +12,6 @@ namespace ZR {
 
 static_assert(V4L2_STD_PAL == 0xFF && V4L2_STD_NTSC == 0xB000);
 
-int ZRGstreamerVideoInput::lastSetStandard[inputCount] = {standardUnknown, standardUnknown,
-                                                          standardUnknown};
-
 int ZRGstreamerVideoInput::detectVideoStandard(int input) {
     const int descriptor = fileDescriptorsSub[input];
     const std::string& path = videoSubDevices[input];
@@ -43,7 +40,7 @@ void ZRGstreamerVideoInput::setVideoStandard(int input, int standard) {
     if (descriptor < firstVideoDescriptor)
         return;
     v4l2_std_id mask = forcedStandard(standard);
-    if (!askVideoDriver(descriptor, VIDIOC_S_STD, mask))
+    if (!tellVideoDriver(descriptor, VIDIOC_S_STD, mask))
         printLine({Decimal(input).text(), ": FAILED to set STD to ", Decimal(standard).text()});
 }
 

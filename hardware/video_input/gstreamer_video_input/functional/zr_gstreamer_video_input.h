@@ -54,11 +54,15 @@ class ZRAPI_EXPORT ZRGstreamerVideoInput {
     /// and 2 share, then calls applyDetectedVideoStandard(). To be called before the camera's
     /// stream is built.
     ///
+    /// The selection is the node's control 0x009819C2, 0 for input 0 and 1 for input 2. It is read
+    /// (VIDIOC_G_CTRL) and written (VIDIOC_S_CTRL) only where it has the other input's value; a
+    /// control that cannot be read is left alone.
+    ///
     /// Prints "ERROR OPENING VIDEO DEVICE PATH: REASON" when the capture node of input 0 or 2 is
     /// not open (REASON is what `errno` holds), and "INPUT: FAIL: SET INPUT VALUE" when the kernel
     /// refuses the selection; the standard is applied all the same.
     ///
-    /// @param input  0-based input, 0 to 2; not checked
+    /// @param input  0-based input, 0 to 2; anything else is undefined
     void setupCameraInput(int input);
 
     /// Detects the television standard of an input where it is not known, forces it on the decoder
@@ -69,7 +73,7 @@ class ZRAPI_EXPORT ZRGstreamerVideoInput {
     /// as the two are not known to have one standard. A standard that cannot be detected counts as
     /// PAL for this time and is asked for again by the next call. Refused formats are ignored.
     ///
-    /// @param input  0-based input, 0 to 2; not checked
+    /// @param input  0-based input, 0 to 2; anything else is undefined
     void applyDetectedVideoStandard(int input);
 
     /// Asks an input's decoder which standard its signal has (VIDIOC_QUERYSTD).
@@ -80,7 +84,7 @@ class ZRAPI_EXPORT ZRGstreamerVideoInput {
     /// "ERROR OPENING VIDEO SUB DEVICEPATH: REASON", one that fails "ERROR QUERY VIDEO STANDARD FOR
     /// PATH: REASON".
     ///
-    /// @param input  0-based input, 0 to 2; not checked
+    /// @param input  0-based input, 0 to 2; anything else is undefined
     /// @return 0 PAL, 1 NTSC, 2 not open or the query failed
     static int detectVideoStandard(int input);
 
@@ -88,7 +92,7 @@ class ZRAPI_EXPORT ZRGstreamerVideoInput {
     /// open; a refusal prints "INPUT: FAILED to set STD to STANDARD", INPUT counted from 0. The
     /// kernel refuses it with EBUSY while the camera streams.
     ///
-    /// @param input     0-based input, 0 to 2; not checked
+    /// @param input     0-based input, 0 to 2; anything else is undefined
     /// @param standard  1 NTSC, anything else PAL
     static void setVideoStandard(int input, int standard);
 
@@ -97,16 +101,20 @@ class ZRAPI_EXPORT ZRGstreamerVideoInput {
 
     static std::string videoDevices[inputCount];     ///< path of each input's capture node
     static std::string videoSubDevices[inputCount];  ///< path of each input's decoder
-    static int fileDescriptors[inputCount];          ///< of `videoDevices`, -1: not open
-    static int fileDescriptorsSub[inputCount];       ///< of `videoSubDevices`, -1: not open
-    static std::string twName;                       ///< entity name of the tw9912, or empty
-    static std::string advName;                      ///< entity name of the adv7180, or empty
-    static bool runningOnQuadCore;                   ///< routing: not that of the i.MX6 DualLite
-    static struct media_device* mediaDevice;         ///< the media controller, or null
-    static bool initialSetupPending;                 ///< cleared by the first doInitialSetup()
-    static std::string palSize;                      ///< frame size of PAL
-    static std::string ntscSize;                     ///< frame size of NTSC
-    static int lastSetStandard[inputCount];          ///< last forced standard of each input
+    /// Descriptors of `videoDevices`; below 1 counts as not open. That of input 2 is that of input 0.
+    static int fileDescriptors[inputCount];
+    /// Descriptors of `videoSubDevices`; below 1 counts as not open. That of input 2 is that of
+    /// input 0.
+    static int fileDescriptorsSub[inputCount];
+    static std::string twName;                ///< entity name of the tw9912, or empty
+    static std::string advName;               ///< entity name of the adv7180, or empty
+    static bool runningOnQuadCore;            ///< routing: not that of the i.MX6 DualLite
+    static struct media_device* mediaDevice;  ///< the media controller, or null
+    static bool initialSetupPending;          ///< cleared by the first doInitialSetup()
+    static std::string palSize;               ///< frame size of PAL, WIDTHxHEIGHT in pixels
+    static std::string ntscSize;              ///< frame size of NTSC, as above
+    /// What each input's decoder was last forced to: 0 PAL, 1 NTSC, 2 nothing yet or not known.
+    static int lastSetStandard[inputCount];
 
   protected:
     std::string name;  ///< key in `instances`
