@@ -29,6 +29,26 @@ int set_formats(struct media_device *media); int set_formats(struct media_device
   set(${result} ${compiles} PARENT_SCOPE)
 endfunction()
 
+# The system's headers declare C functions without saying so to C++: these say it for them.
+function(_media_controller_wrap_headers folder)
+  foreach(header mediactl v4l2subdev)
+    file(
+      CONFIGURE
+      OUTPUT
+      "${folder}/mediactl/${header}.h"
+      CONTENT
+      "#ifdef __cplusplus
+extern \"C\" {
+#endif
+#include \"@MediaController_INCLUDE_DIR@/mediactl/@header@.h\"
+#ifdef __cplusplus
+}
+#endif
+"
+      @ONLY)
+  endforeach()
+endfunction()
+
 # Makes the target of what the system has, if it is whole and its form is known.
 function(_media_controller_use_system)
   find_path(MediaController_INCLUDE_DIR NAMES mediactl/v4l2subdev.h)
@@ -50,12 +70,14 @@ function(_media_controller_use_system)
     message(STATUS "v4l2_subdev_parse_setup_formats of ${MediaController_INCLUDE_DIR} is not usable")
     return()
   endif()
+  set(headers "${PROJECT_BINARY_DIR}/media_controller_headers")
+  _media_controller_wrap_headers("${headers}")
   # Paths, not targets: what uses it privately must not name it to those who link that. The order is
   # the one that static libraries need.
   add_library(MediaController::MediaController INTERFACE IMPORTED GLOBAL)
   set_target_properties(
     MediaController::MediaController
-    PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${MediaController_INCLUDE_DIR}"
+    PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${headers};${MediaController_INCLUDE_DIR}"
                INTERFACE_COMPILE_DEFINITIONS "ZRAPI_SUBDEV_FORMATS_TAKE_WHICH=${takes_which}"
                INTERFACE_LINK_LIBRARIES
                "${MediaController_v4l2subdev_LIBRARY};${MediaController_mediactl_LIBRARY}")

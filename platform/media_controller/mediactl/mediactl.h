@@ -49,8 +49,8 @@ const char* media_entity_get_devname(struct media_entity* entity);
  * 1 is enabled; flags that the kernel keeps for itself stay as they are.
  *
  * @param p     the text; more may follow the closing bracket
- * @param endp  receives where reading ended, inside the text: behind the bracket on success, else
- *              about where it went wrong; null when nobody wants to know
+ * @param endp  receives where reading ended, inside the text: behind the bracket and the blanks
+ *              after it, else where it went wrong; null when nobody wants to know
  * @return 0, or a negative errno: -EINVAL for a text or link that is not known, else the kernel's
  */
 int media_parse_setup_link(struct media_device* media, const char* p, char** endp);
