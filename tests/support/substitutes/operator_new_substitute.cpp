@@ -7,16 +7,30 @@
 namespace ZR::test {
 
 bool OperatorNewSubstitute::failNext = false;
+std::size_t OperatorNewSubstitute::allowedBefore = 0;
+
+namespace {
+
+bool isToFail() {
+    if (!OperatorNewSubstitute::failNext)
+        return false;
+    if (OperatorNewSubstitute::allowedBefore > 0) {
+        --OperatorNewSubstitute::allowedBefore;
+        return false;
+    }
+    OperatorNewSubstitute::failNext = false;
+    return true;
+}
+
+}  // namespace
 
 }  // namespace ZR::test
 
 // The array forms of the C++ library call these.
 
 void* operator new(std::size_t size) {
-    if (ZR::test::OperatorNewSubstitute::failNext) {
-        ZR::test::OperatorNewSubstitute::failNext = false;
+    if (ZR::test::isToFail())
         throw std::bad_alloc();
-    }
     if (void* const memory = std::malloc(size))
         return memory;
     throw std::bad_alloc();

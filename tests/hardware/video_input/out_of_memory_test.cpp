@@ -1,0 +1,147 @@
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "tests/hardware/video_input/capture_board.h"
+#include "tests/support/substitutes/operator_new_substitute.h"
+
+// Where there is no memory: nothing is raised, and what needs none goes on.
+
+namespace ZR::test {
+namespace {
+
+using Input = ZRGstreamerVideoInput;
+
+class CaptureOutOfMemory : public CaptureTest {
+  protected:
+    CaptureOutOfMemory() { CaptureCallLog::recording = false; }
+
+    ~CaptureOutOfMemory() override {
+        OperatorNewSubstitute::failNext = false;
+        CaptureCallLog::recording = true;
+    }
+
+    /// Runs @p operation again and again, each time with a later allocation refused, until one is
+    /// left alone; @p judge looks at what each left. Returns how many were refused.
+    template <typename Operation, typename Judge>
+    static std::size_t refuseEachAllocation(Operation operation, Judge judge) {
+        for (std::size_t refused = 0;; ++refused) {
+            OperatorNewSubstitute::allowedBefore = refused;
+            OperatorNewSubstitute::failNext = true;
+            EXPECT_NO_THROW(operation()) << refused;
+            const bool wasLeftAlone = std::exchange(OperatorNewSubstitute::failNext, false);
+            if (wasLeftAlone)
+                return refused;
+            judge(refused);
+        }
+    }
+};
+
+/// No text has memory of its own any more, so that each needs some again.
+void forgetTexts() {
+    for (int i = 0; i < Input::inputCount; ++i) {
+        std::string().swap(Input::videoDevices[i]);
+        std::string().swap(Input::videoSubDevices[i]);
+    }
+    std::string().swap(Input::twName);
+    std::string().swap(Input::advName);
+}
+
+int descriptorOf(const std::string& path) {
+    const auto found = Devices::paths.find(path);
+    return found == Devices::paths.end() ? -1 : found->second;
+}
+
+/// Whether all that is kept of an input's decoder is there.
+bool isDecoderWhole(const std::string& name, int input) {
+    return !name.empty() && descriptorOf(Input::videoSubDevices[input]) > 0;
+}
+
+void expectOpenedWhatWasFound(std::size_t refused) {
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(Input::fileDescriptors[i], descriptorOf(Input::videoDevices[i])) << refused;
+        EXPECT_EQ(Input::fileDescriptorsSub[i], descriptorOf(Input::videoSubDevices[i])) << refused;
+    }
+    EXPECT_EQ(Input::fileDescriptors[2], Input::fileDescriptors[0]) << refused;
+    EXPECT_EQ(Input::fileDescriptorsSub[2], Input::fileDescriptorsSub[0]) << refused;
+}
+
+TEST_F(CaptureOutOfMemory, discovery_raises_nothing_and_opens_what_it_has_found) {
+    Media::entities[1].name = "tw9912 of a long name";
+    Media::entities[4].name = "adv7180 of a long name";
+    const std::size_t refused = refuseEachAllocation(
+        [] {
+            forgetTexts();
+            Input::initialSetupPending = true;
+            Input::doInitialSetup();
+        },
+        [](std::size_t each) {
+            EXPECT_FALSE(Input::initialSetupPending) << each;
+            expectOpenedWhatWasFound(each);
+            EXPECT_TRUE(isDecoderWhole(Input::twName, 0) || isDecoderWhole(Input::advName, 1))
+                << "one entity without room ended the walk at " << each;
+        });
+    EXPECT_GT(refused, 10U);
+    expectOpenedWhatWasFound(refused);
+}
+
+TEST_F(CaptureOutOfMemory, a_device_tree_that_does_not_fit_keeps_the_routing) {
+    setDeviceTree(treeText(quadTree));
+    OperatorNewSubstitute::failNext = true;
+    Input::doInitialSetup();
+    EXPECT_FALSE(OperatorNewSubstitute::failNext) << "no memory was needed";
+    EXPECT_FALSE(Input::runningOnQuadCore);
+    EXPECT_EQ(Input::advName, "adv7180 2-0021");
+}
+
+TEST_F(CaptureOutOfMemory, getInstance_returns_null_and_keeps_nothing) {
+    const std::string name = "an input with a long name";
+    Input::doInitialSetup();
+    const Input* made = nullptr;
+    const std::size_t refused = refuseEachAllocation([&] { made = Input::getInstance(name); },
+                                                     [&](std::size_t each) {
+                                                         EXPECT_EQ(made, nullptr) << each;
+                                                         EXPECT_TRUE(Input::instances.empty());
+                                                     });
+    EXPECT_GT(refused, 2U);
+    EXPECT_NE(made, nullptr);
+    EXPECT_EQ(Input::getInstance(name), made);
+}
+
+TEST_F(CaptureOutOfMemory, what_could_not_be_set_up_is_set_up_by_the_next_start) {
+    Input::doInitialSetup();
+    for (int input = 0; input < Input::inputCount; ++input) {
+        std::unique_ptr<OpenInput> object;
+        const std::size_t refused = refuseEachAllocation(
+            [&] {
+                const bool fails = std::exchange(OperatorNewSubstitute::failNext, false);
+                object = std::make_unique<OpenInput>();
+                OperatorNewSubstitute::failNext = fails;
+                object->setupCameraInput(input);
+            },
+            [&](std::size_t each) {
+                CaptureCallLog::recording = true;
+                (void)takeCalls();
+                object->applyDetectedVideoStandard(input);
+                EXPECT_EQ(calls().size(), 3U) << input << " at " << each;
+                CaptureCallLog::recording = false;
+            });
+        EXPECT_GT(refused, 2U) << input;
+    }
+}
+
+TEST_F(CaptureOutOfMemory, a_record_that_cannot_be_made_is_made_by_the_next_start) {
+    Input::doInitialSetup();
+    CaptureCallLog::recording = true;
+    (void)takeCalls();
+    OpenInput input;
+    OperatorNewSubstitute::failNext = true;
+    input.applyDetectedVideoStandard(1);
+    EXPECT_FALSE(OperatorNewSubstitute::failNext) << "no memory was needed";
+    EXPECT_EQ(calls(), Calls{});
+    input.applyDetectedVideoStandard(1);
+    EXPECT_EQ(calls().size(), 3U);
+}
+
+}  // namespace
+}  // namespace ZR::test
