@@ -39,14 +39,17 @@ struct zr_capture_board *zr_capture_board(const char *name)
 	return board;
 }
 
-/* --- File operations ----------------------------------------------------------- */
+/* --- File operations ----------------------------------------------------- */
 
 static int capture_open(struct file *file)
 {
 	struct zr_capture *capture = video_drvdata(file);
 	int ret = zr_fault_take(&capture->board->fail_open);
 
-	return ret ? ret : v4l2_fh_open(file);
+	if (!ret)
+		return v4l2_fh_open(file);
+	zr_log_text(capture->board->folder, "open", "", 0, ret);
+	return ret;
 }
 
 static ssize_t capture_read(struct file *file, char __user *to, size_t size,
@@ -102,7 +105,7 @@ static const struct media_entity_operations entity_operations = {
 	.link_validate = zr_capture_validate,
 };
 
-/* --- The node --------------------------------------------------------------------- */
+/* --- The node ------------------------------------------------------------ */
 
 static void free_capture(struct zr_capture *capture)
 {

@@ -35,7 +35,7 @@ enum zr_capture_control {
 /* What is behind a node stays when the node goes. */
 struct zr_capture_board {
 	char name[ZR_CAPTURE_NAME_SIZE];	/* of the entity */
-	char folder[ZR_CAPTURE_NAME_SIZE];	/* of the knobs, in the log too */
+	char folder[ZR_CAPTURE_NAME_SIZE];	/* of the knobs */
 
 	bool stall;
 	struct zr_fault fail_open;
@@ -74,11 +74,11 @@ struct zr_capture {
 /* The one of that name, or a new one; NULL when there are too many. */
 struct zr_capture_board *zr_capture_board(const char *name);
 
-/* --- Queue and stream ------------------------------------------------------- */
+/* --- Queue and stream ---------------------------------------------------- */
 
 int zr_capture_init_queue(struct zr_capture *capture, struct device *dev);
 
-/* --- Formats and the like ---------------------------------------------------- */
+/* --- Formats and the like ------------------------------------------------ */
 
 extern const struct v4l2_ioctl_ops zr_capture_ioctl_ops;
 
@@ -93,7 +93,7 @@ struct v4l2_fract zr_capture_interval(bool ntsc);
 /* Whether the node's format is what the pad delivers: 0, or -EPIPE. */
 int zr_capture_validate(struct media_link *link);
 
-/* --- Controls ----------------------------------------------------------------- */
+/* --- Controls ------------------------------------------------------------ */
 
 int zr_capture_init_controls(struct zr_capture *capture);
 int zr_capture_control(const struct zr_capture *capture,

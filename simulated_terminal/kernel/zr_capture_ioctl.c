@@ -14,12 +14,10 @@ static int query_capabilities(struct file *file, void *fh,
 	strscpy(capability->driver, "zr_terminal", sizeof(capability->driver));
 	strscpy(capability->card, capture->board->name,
 		sizeof(capability->card));
-	strscpy(capability->bus_info, "platform:zr_terminal",
-		sizeof(capability->bus_info));
 	return 0;
 }
 
-/* --- Formats ------------------------------------------------------------------ */
+/* --- Formats ------------------------------------------------------------- */
 
 static int enumerate_formats(struct file *file, void *fh,
 			     struct v4l2_fmtdesc *description)
@@ -91,7 +89,7 @@ static int enumerate_sizes(struct file *file, void *fh,
 	return 0;
 }
 
-/* --- Standards: the decoder's ----------------------------------------------------- */
+/* --- Standards: the decoder's -------------------------------------------- */
 
 /* graph_mutex is held until unlock_decoder(), also when there is none. */
 static struct v4l2_subdev *lock_decoder(struct zr_capture *capture)
@@ -109,6 +107,14 @@ static void unlock_decoder(struct zr_capture *capture)
 	struct media_entity *entity = &capture->video.entity;
 
 	mutex_unlock(&entity->graph_obj.mdev->graph_mutex);
+}
+
+static v4l2_std_id standard_of(struct zr_capture *capture)
+{
+	struct zr_decoder *decoder =
+		zr_decoder_upstream(&capture->video.entity);
+
+	return decoder ? zr_decoder_standard(decoder) : V4L2_STD_UNKNOWN;
 }
 
 static int query_standard(struct file *file, void *fh, v4l2_std_id *standard)
@@ -135,6 +141,7 @@ static int get_standard(struct file *file, void *fh, v4l2_std_id *standard)
 	return ret;
 }
 
+/* What is set already may be set again at any time. */
 static int set_standard(struct file *file, void *fh, v4l2_std_id standard)
 {
 	struct zr_capture *capture = video_drvdata(file);
@@ -142,7 +149,7 @@ static int set_standard(struct file *file, void *fh, v4l2_std_id standard)
 	int ret = -ENODATA;
 
 	if (vb2_is_busy(&capture->queue))
-		return -EBUSY;
+		return standard == standard_of(capture) ? 0 : -EBUSY;
 	decoder = lock_decoder(capture);
 	if (decoder)
 		ret = v4l2_subdev_call(decoder, video, s_std, standard);
@@ -150,7 +157,7 @@ static int set_standard(struct file *file, void *fh, v4l2_std_id standard)
 	return ret;
 }
 
-/* --- Frame rate ---------------------------------------------------------------- */
+/* --- Frame rate ---------------------------------------------------------- */
 
 static const struct v4l2_fract pal_interval = { 1, 25 };
 static const struct v4l2_fract ntsc_interval = { 1001, 30000 };
@@ -163,10 +170,7 @@ struct v4l2_fract zr_capture_interval(bool ntsc)
 /* Without a decoder it is PAL. */
 static bool is_ntsc(struct zr_capture *capture)
 {
-	struct zr_decoder *decoder =
-		zr_decoder_upstream(&capture->video.entity);
-
-	return decoder && zr_decoder_standard(decoder) & V4L2_STD_525_60;
+	return standard_of(capture) & V4L2_STD_525_60;
 }
 
 /*
@@ -204,7 +208,7 @@ static int get_parameters(struct file *file, void *fh,
 	return 0;
 }
 
-/* --- Inputs: the one at the upper end of the links ----------------------------------- */
+/* --- Inputs: the one at the upper end of the links ----------------------- */
 
 static int enumerate_inputs(struct file *file, void *fh,
 			    struct v4l2_input *input)
@@ -242,7 +246,7 @@ static int set_input(struct file *file, void *fh, unsigned int input)
 	return input ? -EINVAL : 0;
 }
 
-/* --- Buffers ------------------------------------------------------------------------- */
+/* --- Buffers ------------------------------------------------------------- */
 
 /* Who waits for a frame while the node goes hears that it is gone. */
 static int dequeue(struct file *file, void *fh, struct v4l2_buffer *buffer)

@@ -22,7 +22,7 @@ static struct capture_buffer *buffer_of(struct vb2_buffer *vb)
 	return container_of(to_vb2_v4l2_buffer(vb), struct capture_buffer, vb);
 }
 
-/* --- Buffers ------------------------------------------------------------------ */
+/* --- Buffers ------------------------------------------------------------- */
 
 static int queue_setup(struct vb2_queue *queue, unsigned int *buffers,
 		       unsigned int *planes, unsigned int sizes[],
@@ -82,7 +82,7 @@ static void return_buffers(struct zr_capture *capture,
 		vb2_buffer_done(&buffer->vb.vb2_buf, state);
 }
 
-/* --- Frames ------------------------------------------------------------------- */
+/* --- Frames -------------------------------------------------------------- */
 
 /* A frame for which there is no buffer is lost, and its number with it. */
 static void deliver_frame(struct zr_capture *capture, u32 number)
@@ -103,15 +103,17 @@ static void deliver_frame(struct zr_capture *capture, u32 number)
 	vb2_buffer_done(&buffer->vb.vb2_buf, VB2_BUF_STATE_DONE);
 }
 
-static bool has_signal(const struct zr_capture *capture)
+/* Links stay while a stream runs, but parts of the path may be taken away. */
+static bool has_signal(struct zr_capture *capture)
 {
 	unsigned int input = zr_capture_control(capture, ZR_CAPTURE_INPUT);
+	struct zr_decoder *decoder = capture->decoder;
 
-	return zr_decoder_signal(capture->decoder,
-				 zr_decoder_camera(capture->decoder, input));
+	return zr_decoder_upstream(&capture->video.entity) == decoder &&
+	       zr_decoder_signal(decoder, zr_decoder_camera(decoder, input));
 }
 
-/* Without its frames the capture interface gives up, until the next STREAMON. */
+/* Without frames the capture interface gives up, until the next STREAMON. */
 static void fail_stream(struct zr_capture *capture)
 {
 	WRITE_ONCE(capture->failed, true);
@@ -165,7 +167,7 @@ static int bring_frames(void *data)
 	return 0;
 }
 
-/* --- Start and stop ------------------------------------------------------------- */
+/* --- Start and stop ------------------------------------------------------ */
 
 static int start_frames(struct zr_capture *capture)
 {

@@ -77,7 +77,7 @@ unsigned int zr_picture_size(u32 format, unsigned int width,
 	return 2 * width * height;
 }
 
-/* --- Rectangles ------------------------------------------------------------ */
+/* --- Rectangles ---------------------------------------------------------- */
 
 /* Pixels, all even: a pair shares its colour. */
 struct rectangle {
@@ -152,7 +152,7 @@ static void fill(const struct zr_picture *picture, u8 *to,
 		fill_packed(picture, to, &area, &colour);
 }
 
-/* --- Colours ----------------------------------------------------------------- */
+/* --- Colours ------------------------------------------------------------- */
 
 /* @value is as large as the tables' numbers make it, whose 1 is 2^31. */
 static u8 chroma(s64 value)
@@ -179,7 +179,7 @@ static struct zr_colour seen(const struct zr_look *look,
 	};
 }
 
-/* --- The picture ------------------------------------------------------------- */
+/* --- The picture --------------------------------------------------------- */
 
 static void draw_background(struct zr_picture *picture)
 {
@@ -221,7 +221,7 @@ int zr_picture_init(struct zr_picture *picture, u32 format, unsigned int width,
 	picture->format = format;
 	picture->width = width;
 	picture->height = height;
-	/* Sizes that no cell divides leave an edge, which stays black or green. */
+	/* Of sizes that no cell divides an edge stays without colour. */
 	picture->background = vzalloc(zr_picture_size(format, width, height));
 	if (!picture->background)
 		return -ENOMEM;

@@ -9,7 +9,7 @@
 #define ZR_CONTRAST_NEUTRAL 127
 #define ZR_SATURATION_NEUTRAL 127
 
-/* What the whole picture depends on: a picture of another look is drawn anew. */
+/* What the whole picture depends on. */
 struct zr_look {
 	int camera;
 	int ntsc;	/* 1: 525 lines, 0: 625 */
