@@ -28,8 +28,6 @@ static struct zr_decoder decoders[] = {
 	{ .inputs = { 1, 1 } },
 };
 
-static BLOCKING_NOTIFIER_HEAD(listeners);
-
 /* --- For capture nodes ---------------------------------------------------------- */
 
 unsigned int zr_decoder_camera(const struct zr_decoder *decoder,
@@ -49,21 +47,6 @@ bool zr_decoder_signal(const struct zr_decoder *decoder, unsigned int camera)
 	       READ_ONCE(zr_cameras[camera].signal);
 }
 
-int zr_decoder_listen(struct notifier_block *listener)
-{
-	return blocking_notifier_chain_register(&listeners, listener);
-}
-
-void zr_decoder_unlisten(struct notifier_block *listener)
-{
-	blocking_notifier_chain_unregister(&listeners, listener);
-}
-
-void zr_decoder_tell(struct zr_decoder *decoder, unsigned int camera)
-{
-	blocking_notifier_call_chain(&listeners, camera, decoder);
-}
-
 /* --- Standards ----------------------------------------------------------------------- */
 
 static struct zr_decoder *decoder_of(struct v4l2_subdev *sd)
@@ -76,9 +59,6 @@ void zr_decoder_power(struct zr_decoder *decoder, bool on)
 	if (on)
 		WRITE_ONCE(decoder->standard, ZR_STANDARD_AT_POWER_ON);
 	WRITE_ONCE(decoder->there, on);
-	zr_decoder_tell(decoder, decoder->inputs[0]);
-	if (decoder->inputs[1] != decoder->inputs[0])
-		zr_decoder_tell(decoder, decoder->inputs[1]);
 }
 
 /* The camera that the capture node behind it has selected, else the first. */

@@ -94,18 +94,6 @@ static const struct file_operations detects_operations = {
 
 /* --- The signal ------------------------------------------------------------------------ */
 
-static unsigned int number_of(const struct zr_camera *camera)
-{
-	return camera - zr_cameras;
-}
-
-/* Each camera has one decoder. */
-static struct zr_decoder *decoder_behind(const struct zr_camera *camera)
-{
-	return zr_board_find(number_of(camera) == 1 ? "adv7180" : "tw9912")
-		->decoder;
-}
-
 static int signal_get(void *data, u64 *there)
 {
 	struct zr_camera *camera = data;
@@ -121,7 +109,6 @@ static int signal_set(void *data, u64 there)
 	if (there > 1)
 		return -EINVAL;
 	WRITE_ONCE(camera->signal, there);
-	zr_decoder_tell(decoder_behind(camera), number_of(camera));
 	return 0;
 }
 DEFINE_DEBUGFS_ATTRIBUTE(signal_operations, signal_get, signal_set, "%llu\n");

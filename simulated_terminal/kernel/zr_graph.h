@@ -157,8 +157,6 @@ int zr_decoders_init(void);
 void zr_decoder_power(struct zr_decoder *decoder, bool on);
 void zr_decoder_try_format(struct zr_decoder *decoder,
 			   struct v4l2_mbus_framefmt *format);
-/* Tell those who listen of @camera. */
-void zr_decoder_tell(struct zr_decoder *decoder, unsigned int camera);
 void zr_decoder_create_knobs(struct zr_decoder *decoder, struct dentry *folder);
 
 /* --- Knobs: zr_part_knobs.c --------------------------------------------------- */

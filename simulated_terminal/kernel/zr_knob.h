@@ -38,9 +38,10 @@ int zr_errno_parse(const char *text);
 /* --- Injected failures ------------------------------------------------ */
 
 struct zr_fault {
-	spinlock_t lock;	/* error and count */
+	spinlock_t lock;	/* all below */
 	int error;		/* positive; 0: off */
 	int count;		/* how many are left; -1: for ever */
+	int after;		/* how many succeed before */
 };
 
 void zr_fault_init(struct zr_fault *fault);

@@ -8,7 +8,6 @@
 #ifndef ZR_MEDIA_H
 #define ZR_MEDIA_H
 
-#include <linux/notifier.h>
 #include <linux/types.h>
 #include <media/media-entity.h>
 #include <media/v4l2-device.h>
@@ -73,13 +72,5 @@ unsigned int zr_decoder_camera(const struct zr_decoder *decoder,
 v4l2_std_id zr_decoder_standard(const struct zr_decoder *decoder);
 /* Whether the decoder is there and gets a signal from that camera. */
 bool zr_decoder_signal(const struct zr_decoder *decoder, unsigned int camera);
-
-/*
- * Called when the signal of a camera comes or goes, or its decoder: the
- * action is the camera, the data the decoder. May sleep. The listener must
- * not take one of the locks above.
- */
-int zr_decoder_listen(struct notifier_block *listener);
-void zr_decoder_unlisten(struct notifier_block *listener);
 
 #endif
