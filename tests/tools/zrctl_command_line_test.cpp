@@ -279,6 +279,40 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongUsage{{"events", "--interval", "1"},
                                "unknown option '--interval'; --help lists them"}));
 
+INSTANTIATE_TEST_SUITE_P(
+    video, ZrctlWrongUsage,
+    testing::Values(
+        WrongUsage{{"video"}, "no action given after video; 'zrctl video --help' lists them"},
+        WrongUsage{{"video", "paint"},
+                   "no action 'paint' of video; 'zrctl video --help' lists them"},
+        WrongUsage{{"video", "topology", "media0"},
+                   "video topology takes no arguments; --device PATH names another device"},
+        WrongUsage{{"video", "topology", "--dot", "--svg"},
+                   "video topology takes one of --dot, --svg and --json"},
+        WrongUsage{{"video", "topology", "--dot=1"}, "option --dot takes no value"},
+        WrongUsage{{"video", "topology", "--device"}, "option --device needs a value"},
+        WrongUsage{{"video", "topology", "--device="},
+                   "no device ''; give the path of a media controller, as in /dev/media0"},
+        WrongUsage{{"video", "topology", "--png"}, "unknown option '--png'; --help lists them"},
+        WrongUsage{{"video", "standard"},
+                   "video standard needs one camera, as in 'zrctl video standard 1'"},
+        WrongUsage{{"video", "standard", "1", "2"},
+                   "video standard needs one camera, as in 'zrctl video standard 1'"},
+        WrongUsage{{"video", "standard", "0"}, "camera '0' is no whole number from 1 to 3"},
+        WrongUsage{{"video", "standard", "4"}, "camera '4' is no whole number from 1 to 3"},
+        WrongUsage{{"video", "standard", "-1"}, "camera '-1' is no whole number from 1 to 3"},
+        WrongUsage{{"video", "standard", "1st"}, "camera '1st' is no whole number from 1 to 3"},
+        WrongUsage{{"video", "standard", "--pal", "1"},
+                   "unknown option '--pal'; --help lists them"}));
+
+TEST(ZrctlVideoForms, exclude_each_other) {
+    for (const char* const form : {"--dot", "--svg"}) {
+        const ToolResult result = runZrctl({"video", "topology", "--json", form});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.errors, "zrctl: video topology takes one of --dot, --svg and --json\n");
+    }
+}
+
 class ZrctlHelp : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(ZrctlHelp, goes_to_standard_output_with_status_0) {
@@ -297,11 +331,13 @@ INSTANTIATE_TEST_SUITE_P(everywhere, ZrctlHelp,
                                          std::vector<std::string>{"io", "set", "--help"},
                                          std::vector<std::string>{"dimmable", "-h"},
                                          std::vector<std::string>{"can", "dump", "--help"},
-                                         std::vector<std::string>{"events", "--help"}));
+                                         std::vector<std::string>{"events", "--help"},
+                                         std::vector<std::string>{"video", "--help"},
+                                         std::vector<std::string>{"video", "standard", "-h"}));
 
 TEST(ZrctlHelp, names_every_subcommand) {
     const std::string help = runZrctl({"--help"}).output;
-    for (const char* const name : {"features", "io", "dimmable", "can", "events"})
+    for (const char* const name : {"features", "io", "dimmable", "can", "events", "video"})
         EXPECT_NE(help.find(std::string("\n  ") + name + " "), std::string::npos) << name;
 }
 

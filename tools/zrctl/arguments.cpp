@@ -13,6 +13,10 @@ bool isOption(const std::string& word) {
     return word.size() > 1 && word[0] == '-' && (word[1] < '0' || word[1] > '9');
 }
 
+bool contains(const Words& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
 bool takeCommonOption(const std::string& word, CommonOptions& common) {
     if (word == "--help" || word == "-h")
         common.help = true;
@@ -48,7 +52,7 @@ std::optional<std::string> takeName(Words& words) {
     return name;
 }
 
-Arguments::Arguments(const Words& words, const Words& options) {
+Arguments::Arguments(const Words& words, const Words& options, const Words& flags) {
     for (auto word = words.begin(); word != words.end(); ++word) {
         if (*word == "--") {
             operands_.insert(operands_.end(), word + 1, words.end());
@@ -60,9 +64,14 @@ Arguments::Arguments(const Words& words, const Words& options) {
         }
         const std::size_t equals = word->find('=');
         const std::string name = word->substr(0, equals);
-        if (std::find(options.begin(), options.end(), name) == options.end())
+        const bool isFlag = contains(flags, name);
+        if (!isFlag && !contains(options, name))
             throw UsageError("unknown option " + quote(name) + "; --help lists them");
-        if (equals != std::string::npos)
+        if (isFlag && equals != std::string::npos)
+            throw UsageError("option " + name + " takes no value");
+        if (isFlag)
+            values_[name] = "";
+        else if (equals != std::string::npos)
             values_[name] = word->substr(equals + 1);
         else if (word + 1 != words.end())
             values_[name] = *++word;

@@ -31,19 +31,21 @@ CommonOptions takeCommonOptions(Words& words);
 /// none. A "--" before it stays there, because it holds for the words behind the name too.
 std::optional<std::string> takeName(Words& words);
 
-/// The words of one subcommand, split into values of options and operands. Options are written
-/// "--name value" or "--name=value"; all words after "--" are operands.
+/// The words of one subcommand, split into values of options, flags and operands. Options are
+/// written "--name value" or "--name=value", flags "--name"; all words after "--" are operands.
 class Arguments {
   public:
     /// @param options  names of the options that the subcommand has, each with a value
-    /// @throws UsageError for an option that is not among them or has no value
-    Arguments(const Words& words, const Words& options);
+    /// @param flags    names of the options without one
+    /// @throws UsageError for an option that is not among them, lacks its value or has one too many
+    Arguments(const Words& words, const Words& options, const Words& flags = {});
 
     const Words& operands() const { return operands_; }
     std::optional<std::string> value(const std::string& option) const;
+    bool has(const std::string& flag) const { return values_.count(flag) != 0; }
 
   private:
-    std::map<std::string, std::string> values_;
+    std::map<std::string, std::string> values_;  ///< a flag that is there has an empty one
     Words operands_;
 };
 

@@ -54,6 +54,8 @@ extern const char* const canHelp;
 int runCan(const Words& words, const CommonOptions& common);
 extern const char* const eventsHelp;
 int runEvents(const Words& words, const CommonOptions& common);
+extern const char* const videoHelp;
+int runVideo(const Words& words, const CommonOptions& common);
 /// @}
 
 }  // namespace zrctl

@@ -43,6 +43,10 @@ JsonObject& JsonObject::addNull(std::string_view key) {
     return add(key, "null");
 }
 
+JsonObject& JsonObject::addObject(std::string_view key, const JsonObject& object) {
+    return add(key, object.text());
+}
+
 JsonObject& JsonObject::addList(std::string_view key, const std::vector<JsonObject>& objects) {
     std::string list;
     for (const JsonObject& object : objects)

@@ -13,6 +13,7 @@ class JsonObject {
     JsonObject& addNumber(std::string_view key, long long number);
     JsonObject& addBool(std::string_view key, bool value);
     JsonObject& addNull(std::string_view key);
+    JsonObject& addObject(std::string_view key, const JsonObject& object);
     JsonObject& addList(std::string_view key, const std::vector<JsonObject>& objects);
 
     std::string text() const { return "{" + members_ + "}"; }

@@ -1,5 +1,6 @@
 #include "tools/zrctl/library_voice.h"
 
+#include <algorithm>
 #include <iostream>
 #include <string>
 #include <utility>
@@ -20,6 +21,13 @@ void dropReport(int, const char*, const char*) {}
 class LineBuffer : public std::streambuf {
   public:
     explicit LineBuffer(bool audible) : audible_(audible) {}
+    LineBuffer(const LineBuffer&) = delete;
+    LineBuffer& operator=(const LineBuffer&) = delete;
+    ~LineBuffer() override {
+        // The library has a text without a line end.
+        if (!line_.empty())
+            endLine();
+    }
 
   protected:
     int_type overflow(int_type character) override {
@@ -29,13 +37,17 @@ class LineBuffer : public std::streambuf {
             line_ += traits_type::to_char_type(character);
             return character;
         }
-        if (audible_)
-            printError("library: " + line_);
-        line_.clear();
+        endLine();
         return character;
     }
 
   private:
+    void endLine() {
+        if (audible_)
+            printError("library: " + line_);
+        line_.clear();
+    }
+
     bool audible_;
     std::string line_;
 };
@@ -81,6 +93,23 @@ LibraryVoice::~LibraryVoice() {
     restoreStream(stderr, originalErrors_);
     restoreStream(stdout, originalOutput_);
     std::cout.rdbuf(original_);
+}
+
+LibraryEar::LibraryEar() : original_(std::cout.rdbuf(&heard_)) {}
+
+LibraryEar::~LibraryEar() {
+    std::cout.rdbuf(original_);
+    const std::string text = heard_.str();
+    std::cout << text;
+    if (!text.empty() && text.back() != '\n')
+        std::cout << '\n';
+}
+
+std::string LibraryEar::text() const {
+    std::string text = heard_.str();
+    text.erase(text.find_last_not_of('\n') + 1);
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
 }
 
 }  // namespace zrctl

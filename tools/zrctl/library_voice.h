@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <ios>
 #include <memory>
+#include <sstream>
 #include <streambuf>
+#include <string>
 
 namespace zrctl {
 
@@ -23,6 +25,23 @@ class LibraryVoice {
     std::streambuf* original_;
     std::FILE* originalOutput_;
     std::FILE* originalErrors_;
+};
+
+/// Hears what the library prints on std::cout while an object of this class lives, for a tool that
+/// has to tell it. Later it goes where it would have gone.
+class LibraryEar {
+  public:
+    LibraryEar();
+    LibraryEar(const LibraryEar&) = delete;
+    LibraryEar& operator=(const LibraryEar&) = delete;
+    ~LibraryEar();
+
+    /// What it heard on one line, without the last line's end.
+    std::string text() const;
+
+  private:
+    std::stringbuf heard_;
+    std::streambuf* original_;
 };
 
 }  // namespace zrctl

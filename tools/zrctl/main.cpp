@@ -19,6 +19,7 @@ Subcommands:
   dimmable    display, key and encoder illumination, RGB LED, beeper
   can         CAN ports: state, bit rate, frames
   events      what the drivers notify
+  video       cameras: the media controller's graph, television standards
 
 Options, anywhere on the line:
   --json      write JSON instead of text
@@ -40,12 +41,13 @@ struct Subcommand {
 };
 
 const Subcommand* findSubcommand(const std::string& name) {
-    static const std::array<Subcommand, 5> subcommands{{
+    static const std::array<Subcommand, 6> subcommands{{
         {{"features", runFeatures}, featuresHelp},
         {{"io", runIo}, ioHelp},
         {{"dimmable", runDimmable}, dimmableHelp},
         {{"can", runCan}, canHelp},
         {{"events", runEvents}, eventsHelp},
+        {{"video", runVideo}, videoHelp},
     }};
     for (const Subcommand& subcommand : subcommands) {
         if (name == subcommand.command.name)
