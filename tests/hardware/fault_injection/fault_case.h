@@ -60,5 +60,6 @@ std::vector<FaultCase> inputOutputCases();
 std::vector<FaultCase> featureDetectionCases();
 std::vector<FaultCase> netlinkCases();
 std::vector<FaultCase> fileServiceCases();
+std::vector<FaultCase> videoInputCases();
 
 }  // namespace ZR::test

@@ -196,6 +196,7 @@ INSTANTIATE_TEST_SUITE_P(FeatureDetection, FaultInjection,
                          testing::ValuesIn(featureDetectionCases()), nameOf);
 INSTANTIATE_TEST_SUITE_P(FileServices, FaultInjection, testing::ValuesIn(fileServiceCases()),
                          nameOf);
+INSTANTIATE_TEST_SUITE_P(VideoInput, FaultInjection, testing::ValuesIn(videoInputCases()), nameOf);
 
 }  // namespace
 }  // namespace ZR::test
