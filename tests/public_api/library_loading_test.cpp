@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <new>
 #include <string>
@@ -98,9 +99,19 @@ class Library {
         return reinterpret_cast<Type*>(::dlsym(handle_, name));
     }
 
+    template <typename Type>
+    Type* symbol(const std::string& name) const {
+        return symbol<Type>(name.c_str());
+    }
+
   private:
     void* handle_;
 };
+
+/// The symbol of a static member of the video inputs' class, given the member's mangled end.
+std::string videoInput(const std::string& member) {
+    return "_ZN2ZR21ZRGstreamerVideoInput" + member;
+}
 
 bool isMapped() {
     const auto isHardware = [](dl_phdr_info* object, std::size_t /*size*/, void* /*data*/) {
@@ -185,6 +196,44 @@ TEST(LibraryLoading_pure, the_ignition_path_is_empty_after_loading) {
     EXPECT_EQ(*library.symbol<std::string>(ignitionPathSymbol), "");
 }
 
+TEST(LibraryLoading_pure, there_are_no_video_inputs_after_loading) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    const auto* const instances = library.symbol<std::map<std::string, std::unique_ptr<int>>>(
+        videoInput("9instancesB5cxx11E"));
+    ASSERT_NE(instances, nullptr);
+    EXPECT_TRUE(instances->empty());
+}
+
+TEST(LibraryLoading_pure, no_capture_device_is_known_after_loading) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    for (const char* const name : {"12videoDevicesB5cxx11E", "15videoSubDevicesB5cxx11E"}) {
+        const auto* const paths = library.symbol<std::string>(videoInput(name));
+        ASSERT_NE(paths, nullptr) << name;
+        EXPECT_EQ(paths[0] + paths[1] + paths[2], "") << name;
+    }
+    for (const char* const name : {"15fileDescriptorsE", "18fileDescriptorsSubE"}) {
+        const auto* const descriptors = library.symbol<int>(videoInput(name));
+        ASSERT_NE(descriptors, nullptr) << name;
+        EXPECT_EQ(std::vector<int>(descriptors, descriptors + 3), std::vector<int>(3, -1)) << name;
+    }
+    for (const char* const name : {"6twNameB5cxx11E", "7advNameB5cxx11E"})
+        EXPECT_EQ(*library.symbol<std::string>(videoInput(name)), "") << name;
+    EXPECT_EQ(*library.symbol<void*>(videoInput("11mediaDeviceE")), nullptr);
+}
+
+TEST(LibraryLoading_pure, discovery_is_pending_and_standards_have_their_sizes_after_loading) {
+    const Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    EXPECT_TRUE(*library.symbol<bool>(videoInput("19initialSetupPendingE")));
+    EXPECT_FALSE(*library.symbol<bool>(videoInput("17runningOnQuadCoreE")));
+    EXPECT_EQ(*library.symbol<std::string>(videoInput("7palSizeB5cxx11E")), "720x576");
+    EXPECT_EQ(*library.symbol<std::string>(videoInput("8ntscSizeB5cxx11E")), "720x480");
+    const auto* const last = library.symbol<int>(videoInput("15lastSetStandardE"));
+    EXPECT_EQ(std::vector<int>(last, last + 3), std::vector<int>(3, 2));
+}
+
 TEST(LibraryLoading, loading_opens_and_prints_nothing) {
     ZR::test::makeFile("/sys/class/backlight/backlight/brightness", "128\n");
     const int before = openDescriptors();
@@ -226,6 +275,18 @@ TEST(LibraryLoading_pure, unloading_destroys_the_ignition_path) {
     auto* const path = library.symbol<std::string>(ignitionPathSymbol);
     *path = "/sys/class/regulator/a_name_that_does_not_fit_into_the_object_itself/name";
     watchedMemory = path->data();
+    ASSERT_TRUE(library.unload());
+    EXPECT_TRUE(watchedMemoryIsFree);
+}
+
+TEST(LibraryLoading_pure, unloading_destroys_the_paths_of_the_capture_devices) {
+    if (isInstrumented)
+        GTEST_SKIP() << "instrumentation keeps libraries in the process";
+    Library library;
+    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
+    auto* const paths = library.symbol<std::string>(videoInput("12videoDevicesB5cxx11E"));
+    paths[2] = "/dev/a_name_that_does_not_fit_into_the_object_itself";
+    watchedMemory = paths[2].data();
     ASSERT_TRUE(library.unload());
     EXPECT_TRUE(watchedMemoryIsFree);
 }

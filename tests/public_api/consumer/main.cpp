@@ -24,6 +24,8 @@
 #include <hardware/input_output/zr_input_output.h>
 #include <hardware/netlink/event_interface.h>
 #include <hardware/netlink/zr_netlink.h>
+#include <hardware/video_input/gstreamer_video_input/functional/zr_gstreamer_video_input.h>
+#include <hardware/video_input/zr_video_setting.h>
 
 #include <cstdlib>
 #include <iostream>
@@ -160,6 +162,36 @@ void useFeatureDetection() {
     expect(ZR::ZRFeatureDetection::isRunningOnSingleCore() == first, "the processor stays");
 }
 
+/// An input with the settings that a derived class can see.
+struct CameraInput : ZR::ZRGstreamerVideoInput {
+    CameraInput() : ZR::ZRGstreamerVideoInput("camera") {}
+    using ZR::ZRGstreamerVideoInput::videoSettings;
+};
+
+void useVideoInput() {
+    using Input = ZR::ZRGstreamerVideoInput;
+    Input* const camera = Input::getInstance("camera");
+    expect(camera != nullptr && Input::getInstance("camera") == camera,
+           "a video input is made once");
+    expect(Input::instances.size() == 1 && !Input::initialSetupPending,
+           "the first video input looks for the capture devices");
+    expect(Input::palSize == "720x576" && Input::ntscSize == "720x480", "standards have sizes");
+
+    const bool isDecoderOpen = Input::fileDescriptorsSub[1] > 0;
+    expect(isDecoderOpen != Input::videoSubDevices[1].empty(), "a decoder that is found is open");
+    if (!isDecoderOpen)
+        expect(Input::detectVideoStandard(1) == 2, "a decoder that is not open has no standard");
+    Input::setVideoStandard(1, 0);
+    CameraInput input;
+    input.setupCameraInput(1);
+    expect(input.videoSettings.size() == 1, "a set-up makes the record of its interface");
+
+    ZR::VideoSetting setting;
+    setting.rotation = 90;
+    expect(setting.rotation.degrees == 90 && setting.mirror == ZR::VideoMirrorNone,
+           "a setting takes a rotation");
+}
+
 }  // namespace
 
 int main() {
@@ -171,6 +203,7 @@ int main() {
     useFeatureDetection();
     useCan();
     useEvents();
+    useVideoInput();
     if (failures != 0)
         return EXIT_FAILURE;
     std::cout << "consumer: all good\n";
