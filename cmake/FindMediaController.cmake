@@ -91,6 +91,7 @@ if(NOT TARGET MediaController::MediaController)
   if(NOT TARGET MediaController::MediaController AND NOT ZRAPI_MEDIA_CONTROLLER STREQUAL "system")
     add_subdirectory("${CMAKE_CURRENT_LIST_DIR}/../platform/media_controller"
                      "${PROJECT_BINARY_DIR}/platform/media_controller")
+    add_library(MediaController::MediaController ALIAS zrapi_media_controller)
     message(STATUS "Media controller: platform/media_controller")
   endif()
 endif()

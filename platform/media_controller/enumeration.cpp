@@ -13,7 +13,7 @@ bool hasNode(const media_entity_desc& info) {
            (info.dev.major != 0 || info.dev.minor != 0);
 }
 
-media_entity entityOf(const media_entity_desc& info) {
+media_entity describedEntity(const media_entity_desc& info) {
     media_entity entity;
     entity.info = info;
     entity.name.assign(info.name, ::strnlen(info.name, sizeof info.name));
@@ -38,14 +38,15 @@ int enumerateEntities(const Node& node, std::vector<media_entity>& entities) {
         if (info.id <= last || (info.id & MEDIA_ENT_ID_FLAG_NEXT) != 0 ||
             entities.size() == mostEntities || padsAndLinks > mostPadsAndLinks)
             return -EOVERFLOW;
-        entities.push_back(entityOf(info));
+        entities.push_back(describedEntity(info));
     }
 }
 
-bool hasPad(const std::vector<media_entity>& entities, const media_pad_desc& pad) {
-    return std::any_of(entities.begin(), entities.end(), [&pad](const media_entity& entity) {
-        return entity.info.id == pad.entity && pad.index < entity.pads.size();
-    });
+const media_entity* entityOf(const std::vector<media_entity>& entities, unsigned int id) {
+    const auto found = std::lower_bound(
+        entities.begin(), entities.end(), id,
+        [](const media_entity& entity, unsigned int wanted) { return entity.info.id < wanted; });
+    return found != entities.end() && found->info.id == id ? &*found : nullptr;
 }
 
 int enumeratePadsAndLinks(const Node& node, media_entity& entity) {
@@ -61,16 +62,19 @@ int enumeratePadsAndLinks(const Node& node, media_entity& entity) {
     return node.control(MEDIA_IOC_ENUM_LINKS, &wanted);
 }
 
-/// Only links between pads that are there stay.
-void dropUnknownLinks(std::vector<media_entity>& entities) {
-    for (media_entity& entity : entities) {
-        const auto isUnknown = [&](const media_link_desc& link) {
-            return link.source.entity != entity.info.id ||
-                   link.source.index >= entity.pads.size() || !hasPad(entities, link.sink);
-        };
-        entity.links.erase(std::remove_if(entity.links.begin(), entity.links.end(), isUnknown),
-                           entity.links.end());
-    }
+/// Drops links of pads that are not there: nothing could name them. False when a link leads to an
+/// entity that is not there, so that the graph is not whole.
+bool checkLinks(const std::vector<media_entity>& entities, media_entity& entity) {
+    bool isWhole = true;
+    const auto isUnusable = [&](const media_link_desc& link) {
+        const media_entity* const sink = entityOf(entities, link.sink.entity);
+        isWhole = isWhole && sink != nullptr && link.source.entity == entity.info.id;
+        return sink == nullptr || link.source.index >= entity.pads.size() ||
+               link.sink.index >= sink->info.pads;
+    };
+    entity.links.erase(std::remove_if(entity.links.begin(), entity.links.end(), isUnusable),
+                       entity.links.end());
+    return isWhole;
 }
 
 }  // namespace
@@ -80,10 +84,13 @@ int enumerate(const Node& node, std::vector<media_entity>& entities) {
     int result = node.control(MEDIA_IOC_DEVICE_INFO, &information);
     if (result == 0)
         result = enumerateEntities(node, entities);
-    for (std::size_t i = 0; result == 0 && i < entities.size(); ++i)
+    bool isWhole = true;
+    for (std::size_t i = 0; result == 0 && i < entities.size(); ++i) {
         result = enumeratePadsAndLinks(node, entities[i]);
-    if (result == 0)
-        dropUnknownLinks(entities);
+        isWhole = checkLinks(entities, entities[i]) && isWhole;
+    }
+    if (result == 0 && !isWhole)
+        result = -EINVAL;
     return result;
 }
 

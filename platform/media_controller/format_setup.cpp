@@ -8,10 +8,14 @@ namespace ZR::media_controller {
 namespace {
 
 /// The nodes stay open as long as the handle: a set-up touches each of them several times.
-int control(const Pad& pad, unsigned long request, void* argument) {
+int openNode(const Pad& pad) {
     Node& node = pad.entity->node;
-    const int result = node.isOpen() ? 0 : node.open(pad.entity->devname.c_str());
-    return result < 0 ? result : node.control(request, argument);
+    return node.isOpen() ? 0 : node.open(pad.entity->devname.c_str());
+}
+
+int control(const Pad& pad, unsigned long request, void* argument) {
+    const int result = openNode(pad);
+    return result < 0 ? result : pad.entity->node.control(request, argument);
 }
 
 /// @p format becomes what the driver made of it.
@@ -53,12 +57,16 @@ int setCrop(const Pad& pad, const v4l2_rect& rectangle) {
 int setSelection(const Pad& pad, unsigned int target, const v4l2_rect& rectangle) {
     if (rectangle.left == -1 || rectangle.top == -1)
         return 0;
+    // Not part of the call below: an error of the opening says nothing about selections.
+    int result = openNode(pad);
+    if (result < 0)
+        return result;
     v4l2_subdev_selection wanted{};
     wanted.which = V4L2_SUBDEV_FORMAT_ACTIVE;
     wanted.pad = pad.index;
     wanted.target = target;
     wanted.r = rectangle;
-    const int result = control(pad, VIDIOC_SUBDEV_S_SELECTION, &wanted);
+    result = control(pad, VIDIOC_SUBDEV_S_SELECTION, &wanted);
     return result == -ENOTTY && target == V4L2_SEL_TGT_CROP ? setCrop(pad, rectangle) : result;
 }
 
