@@ -36,6 +36,17 @@ TEST_F(Examples, dim_display_fails_with_the_reason) {
     EXPECT_NE(result.errors.find("setIntensity: value out of range (24)\n"), std::string::npos);
 }
 
+TEST_F(Examples, find_cameras_fails_without_them) {
+    const ToolResult result = runExample("find_cameras", {});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output.rfind("camera 1: capture missing, decoder missing\n"
+                                  "ERROR OPENING VIDEO SUB DEVICE: No such file or directory\n"
+                                  "  standard not known\n"
+                                  "camera 2: ",
+                                  0),
+              0U);
+}
+
 TEST_F(Examples, find_features_finds_them) {
     makeDeviceNode("/dev/input/keyboard0");
     const ToolResult result = runExample("find_features", {});
@@ -103,6 +114,7 @@ TEST_F(Examples, that_are_called_wrongly_say_how_and_touch_nothing) {
              {"dim_display", {}},
              {"dim_display", {"20x"}},
              {"dim_display", {""}},
+             {"find_cameras", {"1"}},
              {"set_status_led", {"12345"}},
              {"set_status_led", {"12345g"}},
              {"exchange_can_frames", {}},
