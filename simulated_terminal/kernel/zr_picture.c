@@ -44,9 +44,9 @@ static const struct zr_colour * const bars[] = {
 	&white, &yellow, &cyan, &magenta, &grey, &black,
 };
 
-/* Red, green, blue; the green one dark, so that white stands out. */
+/* Red, green, blue. */
 static const struct zr_colour camera_colours[ZR_CAMERAS] = {
-	{ 81, 90, 240 }, { 97, 81, 69 }, { 41, 240, 110 },
+	{ 81, 90, 240 }, { 145, 54, 34 }, { 41, 240, 110 },
 };
 
 /* The strokes of a digit, in cells. */

@@ -56,7 +56,7 @@ sub strip_is_sound {
 sub colour {
     my ($luma, $u, $v) = cell(3, 12);
     return 'grey' if abs($u - 128) < 20 && abs($v - 128) < 20;
-    return $v > 180 ? 'red' : $u > 180 ? 'blue' : $u < 100 && $v < 100 ? 'green' : '-';
+    return $v > 180 ? 'red' : $u > 180 ? 'blue' : $u < 90 && $v < 90 ? 'green' : '-';
 }
 
 # Which of the seven strokes are light: top, middle, bottom, the upper two, the lower two.
