@@ -80,6 +80,14 @@ check_fault_counts() {
     reads "a failure for ever stays" "$fail" 'ETIMEDOUT -1'
     echo 0 >"$fail"
     reads "a failure is switched off" "$value" 5
+    echo 'EIO 1 2' >"$fail"
+    check "two good accesses before a failure" \
+        "$(text_of "$value"),$(text_of "$value"),$(text_of "$value"),$(text_of "$value")" \
+        '5,5,failed: Input/output error,5'
+    echo 'EIO 2 3' >"$fail"
+    reads "a failure that waits" "$fail" 'EIO 2 3'
+    echo 0 >"$fail"
+    refuses "a fault refuses a negative wait" 'EIO 1 -1' "$fail" 'Invalid argument' 0
     refuses "a fault refuses an unknown name" EWRONG "$fail" 'Invalid argument' 0
     refuses "a fault refuses a number above all" 134 "$fail" 'Invalid argument' 0
     refuses "a fault refuses a count of 0" 'EIO 0' "$fail" 'Invalid argument' 0
