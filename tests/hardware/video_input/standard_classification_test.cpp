@@ -20,7 +20,7 @@ TEST(StandardClassification_pure, an_empty_mask_is_pal) {
 }
 
 TEST(StandardClassification_pure, each_single_bit_of_ntsc_is_ntsc) {
-    for (const v4l2_std_id mask : {0x1000, 0x2000, 0x8000})
+    for (const v4l2_std_id mask : {0x1000U, 0x2000U, 0x8000U})
         expectSupported(mask, 1);
 }
 
@@ -29,7 +29,7 @@ TEST(StandardClassification_pure, all_bits_of_ntsc_are_ntsc) {
 }
 
 TEST(StandardClassification_pure, each_single_bit_of_pal_is_pal) {
-    for (const v4l2_std_id mask : {0x01, 0x02, 0x04, 0x08, 0x10, 0x20, 0x40, 0x80})
+    for (const v4l2_std_id mask : {0x01U, 0x02U, 0x04U, 0x08U, 0x10U, 0x20U, 0x40U, 0x80U})
         expectSupported(mask, 0);
 }
 
@@ -55,7 +55,7 @@ TEST(StandardClassification_pure, secam_alone_is_an_unsupported_pal) {
 }
 
 TEST(StandardClassification_pure, pal_m_n_nc_and_60_alone_are_an_unsupported_pal) {
-    for (const v4l2_std_id mask : {0x100, 0x200, 0x400, 0x800, 0xF00})
+    for (const v4l2_std_id mask : {0x100U, 0x200U, 0x400U, 0x800U, 0xF00U})
         expectUnsupported(mask);
 }
 

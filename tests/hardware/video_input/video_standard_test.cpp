@@ -29,14 +29,14 @@ class VideoStandard : public CaptureTest {
     static std::string printed(Operation operation) {
         OutputCapture capture;
         operation();
-        const std::string text = capture.output() + capture.errors();
+        std::string text = capture.output() + capture.errors();
         capture.release();
         return text;
     }
 
     static std::string detecting(int input, int expected) {
         int result = -1;
-        const std::string text = printed([&] { result = Input::detectVideoStandard(input); });
+        std::string text = printed([&] { result = Input::detectVideoStandard(input); });
         EXPECT_EQ(result, expected) << input;
         return text;
     }
