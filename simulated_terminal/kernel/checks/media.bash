@@ -36,7 +36,7 @@ format_of() {
 standard_ioctl() {
     # shellcheck disable=SC2016  # Perl's variables
     perl -e 'my %number = (set => 0x40085618, get => 0x80085617, query => 0x8008563f);
-        open my $node, "+<", $ARGV[1] or die "open: $!";
+        open my $node, "+<", $ARGV[1] or print("open: $!"), exit;
         my $mask = pack "Q", hex($ARGV[2] // 0);
         my $done = ioctl $node, $number{$ARGV[0]}, $mask;
         printf "%s", $done ? sprintf("0x%x", unpack "Q", $mask) : $!' \

@@ -100,7 +100,8 @@ check_media_failures() {
         "$(v4l2-compliance -M /dev/media0 | grep -c 'MEDIA_IOC_G_TOPOLOGY: FAIL')" 1
     check "the graph can be read again" "$(links_found | wc -l)" 14
     turn tw9912/fail_open ENXIO
-    check "a node's opening fails by its knob" "$(standard_ioctl get "$TW")" ''
+    check "a node's opening fails by its knob" "$(standard_ioctl get "$TW")" \
+        'open: No such device or address'
     check "the next opening succeeds" "$(standard_ioctl get "$TW")" 0xb000
 }
 
