@@ -12,8 +12,8 @@ int setUp(const media_device& media, media_link_desc& link, unsigned int flags) 
     if (result < 0)
         return result;
     media_link_desc wanted{};
-    wanted.source = {link.source.entity, link.source.index, link.source.flags, {}};
-    wanted.sink = {link.sink.entity, link.sink.index, link.sink.flags, {}};
+    wanted.source = {link.source.entity, link.source.index, MEDIA_PAD_FL_SOURCE, {}};
+    wanted.sink = {link.sink.entity, link.sink.index, MEDIA_PAD_FL_SINK, {}};
     // The kernel refuses a request that leaves this mark out.
     wanted.flags = flags | (link.flags & MEDIA_LNK_FL_IMMUTABLE);
     result = node.control(MEDIA_IOC_SETUP_LINK, &wanted);

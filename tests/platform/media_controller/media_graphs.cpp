@@ -58,9 +58,12 @@ MediaKernel cameraGraph(bool isQuad, bool isWhole) {
         add(kernel, csi, subdevice, pads(1, 2));
         add(kernel, csi + " capture", capture, pads(1, 0));
     }
-    for (SimulatedEntity& entity : kernel.entities)
+    for (SimulatedEntity& entity : kernel.entities) {
+        if (entity.type == capture || entity.pads.size() == 3)
+            entity.pads[0].flags |= MEDIA_PAD_FL_MUST_CONNECT;
         entity.hasIntervals =
             entity.type == subdevice && entity.name.find("mux") == std::string::npos;
+    }
     link(kernel, tw9912, 0, csi1 + "_mux", isQuad ? 1 : 4);
     link(kernel, adv7180, 0, "imx6-mipi-csi2", 0);
     link(kernel, "imx6-mipi-csi2", 1, "ipu1_csi0_mux", 0);

@@ -185,6 +185,16 @@ int MediaKernel::enumEntities(const std::string& path, media_entity_desc& descri
     return failed(EINVAL);
 }
 
+media_pad_desc MediaKernel::describePad(unsigned int entity, unsigned int index) {
+    media_pad_desc pad{};
+    pad.entity = entity;
+    pad.index = static_cast<__u16>(index);
+    const SimulatedEntity* const owner = entityOf(entity);
+    if (owner != nullptr && index < owner->pads.size())
+        pad.flags = owner->pads[index].flags;
+    return pad;
+}
+
 int MediaKernel::enumLinks(const std::string& path, const media_links_enum& wanted) {
     if (fails("ENUM_LINKS " + path + ' ' + number(wanted.entity) +
               (wanted.pads != nullptr ? " pads" : "") + (wanted.links != nullptr ? " links" : "") +
@@ -194,12 +204,8 @@ int MediaKernel::enumLinks(const std::string& path, const media_links_enum& want
     if (entity == nullptr)
         return failed(EINVAL);
     if (wanted.pads != nullptr)
-        for (unsigned int i = 0; i < entity->pads.size(); ++i) {
-            wanted.pads[i] = {};
-            wanted.pads[i].entity = entity->id;
-            wanted.pads[i].index = static_cast<__u16>(i);
-            wanted.pads[i].flags = entity->pads[i].flags;
-        }
+        for (unsigned int i = 0; i < entity->pads.size(); ++i)
+            wanted.pads[i] = describePad(entity->id, i);
     if (wanted.links == nullptr)
         return 0;
     media_link_desc* to = wanted.links;
@@ -207,12 +213,8 @@ int MediaKernel::enumLinks(const std::string& path, const media_links_enum& want
         if (link.sourceEntity != entity->id)
             continue;
         *to = {};
-        to->source.entity = link.sourceEntity;
-        to->source.index = static_cast<__u16>(link.sourcePad);
-        to->source.flags = MEDIA_PAD_FL_SOURCE;
-        to->sink.entity = link.sinkEntity;
-        to->sink.index = static_cast<__u16>(link.sinkPad);
-        to->sink.flags = MEDIA_PAD_FL_SINK;
+        to->source = describePad(link.sourceEntity, link.sourcePad);
+        to->sink = describePad(link.sinkEntity, link.sinkPad);
         to->flags = link.flags;
         ++to;
     }

@@ -72,6 +72,7 @@ class MediaKernel {
     SimulatedEntity* entityAt(const std::string& path);
     int media(const std::string& path, unsigned long request, void* argument);
     int enumEntities(const std::string& path, media_entity_desc& description);
+    media_pad_desc describePad(unsigned int entity, unsigned int index);
     int enumLinks(const std::string& path, const media_links_enum& wanted);
     int setupLink(const std::string& path, const media_link_desc& wanted);
     int subdevice(const std::string& path, unsigned long request, void* argument);

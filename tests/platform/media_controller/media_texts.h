@@ -21,8 +21,9 @@ std::vector<std::string> withOtherCharacters(const std::string& text);
 std::vector<std::string> oddLinkTexts();
 std::vector<std::string> oddFormatTexts();
 
-/// What somebody may mistype on a terminal, whose graph has an entity of that name.
-std::vector<std::string> mistypedLinkTexts(const std::string& good, const std::string& name);
-std::vector<std::string> mistypedFormatTexts(const std::string& good, const std::string& name);
+/// What somebody may mistype of "'source':0 -> 'sink':4[1]".
+std::vector<std::string> mistypedLinkTexts(const std::string& source, const std::string& sink);
+/// What somebody may mistype of "'entity':0 [fmt:UYVY2X8/720x576@1/50 field:none]".
+std::vector<std::string> mistypedFormatTexts(const std::string& entity);
 
 }  // namespace ZR::test
