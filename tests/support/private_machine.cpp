@@ -65,7 +65,7 @@ void layFolderInMemory(const char* path) {
     check(::mount("tmpfs", path, "tmpfs", 0, "mode=755") == 0, std::string("mount on ") + path);
 }
 
-void bind(const std::string& source, const std::string& target) {
+void bindPath(const std::string& source, const std::string& target) {
     check(::mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0,
           "bind of " + source);
 }
@@ -77,7 +77,7 @@ void moveToPrivateCopyOfRoot() {
     check(::mount(nullptr, "/proc", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private /proc");
     layFolderInMemory("/proc");
     check(::mkdir(copy, 0755) == 0, copy);
-    bind("/", copy);
+    bindPath("/", copy);
     check(::mount(nullptr, copy, nullptr, MS_REC | MS_PRIVATE, nullptr) == 0, "private root");
     check(::chroot(copy) == 0 && ::chdir("/") == 0, "chroot");
     check(::umount2("/proc", MNT_DETACH) == 0, "second /proc");
@@ -145,7 +145,7 @@ void layDevices() {
             continue;
         const std::string path = std::string("/dev/") + keptDevices[i];
         makeEmptyFile(path);
-        bind("/proc/self/fd/" + std::to_string(devices[i]), path);
+        bindPath("/proc/self/fd/" + std::to_string(devices[i]), path);
         ::close(devices[i]);
     }
     check(::mkdir("/dev/input", 0755) == 0, "/dev/input");
@@ -158,8 +158,8 @@ void layFolders() {
     layDevices();
     for (const char* const folder : {machineFolder, machineProc, machineUsr})
         check(::mkdir(folder, 0755) == 0, folder);
-    bind("/proc", machineProc);
-    bind("/usr", machineUsr);
+    bindPath("/proc", machineProc);
+    bindPath("/usr", machineUsr);
     layFolderInMemory("/sys");
     layFolderInMemory("/proc");
     linkEntries(machineProc, "/proc");
