@@ -75,7 +75,7 @@ std::string captureEntity(int input) {
 
 std::string decoderEntity(int input) {
     for (const auto& device : std::filesystem::directory_iterator(videoDevices)) {
-        const std::string name = firstLine(device.path() / "name");
+        std::string name = firstLine(device.path() / "name");
         if (beginsWith(name, decoderKnobs(input)))
             return name;
     }

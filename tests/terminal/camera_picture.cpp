@@ -92,7 +92,7 @@ Picture pictureOf(const Frame& frame) {
     Picture picture;
     unsigned int word = 0;
     if (frame.width < cells || frame.height < cells ||
-        frame.bytes.size() != frame.width * frame.height * bytesOfPixel) {
+        frame.bytes.size() != std::size_t{frame.width} * frame.height * bytesOfPixel) {
         picture.defect = "no frame of its size";
     } else if (!readStrip(frame, word)) {
         picture.defect = "no strip of black and white";
