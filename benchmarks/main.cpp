@@ -104,12 +104,14 @@ int main(int count, char** arguments) {
     }
     if (!openLines(board))
         return EXIT_FAILURE;
-    benchmark::AddCustomContext("board", board);
     compareInputsAndOutputs();
     compareDimmableDevices();
     compareFeatureDetection();
     compareLoading();
     compareCan();
+    if (!compareCameras())
+        board += "; no cameras";
+    benchmark::AddCustomContext("board", board);
     // Last, because they end with more threads than one.
     compareNotifications();
     compareEndPoints();

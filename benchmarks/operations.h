@@ -8,6 +8,8 @@ void compareDimmableDevices();
 void compareFeatureDetection();
 void compareLoading();
 void compareCan();
+/// False where the terminal's cameras are not there: nothing can stand for them.
+bool compareCameras();
 void compareNotifications();
 void compareEndPoints();
 
