@@ -28,7 +28,7 @@ static struct zr_decoder decoders[] = {
 	{ .inputs = { 1, 1 } },
 };
 
-/* --- For capture nodes ---------------------------------------------------------- */
+/* --- For capture nodes --------------------------------------------------- */
 
 unsigned int zr_decoder_camera(const struct zr_decoder *decoder,
 			       unsigned int input)
@@ -47,7 +47,7 @@ bool zr_decoder_signal(const struct zr_decoder *decoder, unsigned int camera)
 	       READ_ONCE(zr_cameras[camera].signal);
 }
 
-/* --- Standards ----------------------------------------------------------------------- */
+/* --- Standards ----------------------------------------------------------- */
 
 static struct zr_decoder *decoder_of(struct v4l2_subdev *sd)
 {
@@ -157,7 +157,7 @@ const struct v4l2_subdev_video_ops zr_decoder_video_ops = {
 	.g_tvnorms = g_tvnorms,
 };
 
-/* --- Format -------------------------------------------------------------------------- */
+/* --- Format -------------------------------------------------------------- */
 
 /* A mask of several standards counts as one of 525 lines if any of them is. */
 void zr_decoder_try_format(struct zr_decoder *decoder,
@@ -184,7 +184,7 @@ void zr_decoder_try_format(struct zr_decoder *decoder,
 	}
 }
 
-/* --- Start ---------------------------------------------------------------------------- */
+/* --- Start --------------------------------------------------------------- */
 
 static int init_decoder(struct zr_decoder *decoder, const char *key,
 			const char *name)

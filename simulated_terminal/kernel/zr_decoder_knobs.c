@@ -18,7 +18,7 @@ static const struct {
 	{ "secam", V4L2_STD_SECAM },
 };
 
-/* --- What is detected -------------------------------------------------------------- */
+/* --- What is detected ---------------------------------------------------- */
 
 static int detects_show(struct seq_file *file, void *v)
 {
@@ -92,7 +92,7 @@ static const struct file_operations detects_operations = {
 	.release = single_release,
 };
 
-/* --- The signal ------------------------------------------------------------------------ */
+/* --- The signal ---------------------------------------------------------- */
 
 static int signal_get(void *data, u64 *there)
 {
@@ -113,7 +113,7 @@ static int signal_set(void *data, u64 there)
 }
 DEFINE_DEBUGFS_ATTRIBUTE(signal_operations, signal_get, signal_set, "%llu\n");
 
-/* --- What was set ------------------------------------------------------------------------ */
+/* --- What was set -------------------------------------------------------- */
 
 static int standard_get(void *data, u64 *standard)
 {

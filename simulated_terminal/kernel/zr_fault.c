@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0
-/* Injected failures: "after AFTER good accesses the next COUNT answer ERRNO". */
+/* Injected failures: "after AFTER good accesses COUNT answer ERRNO". */
 #include <linux/debugfs.h>
 #include <linux/fs.h>
 #include <linux/module.h>

@@ -87,22 +87,25 @@ static inline struct zr_subdev *zr_subdev_from(struct v4l2_subdev *sd)
 	return container_of(sd, struct zr_subdev, sd);
 }
 
-/* --- The board: zr_graph_board.c ------------------------------------------ */
+/* --- The board: zr_graph_board.c ----------------------------------------- */
 
 /* That of the processor that the parameter "variant" names. */
 const struct zr_board *zr_board(void);
 struct zr_part *zr_board_find(const char *key);
 
-/* --- The media device: zr_media.c -------------------------------------------- */
+/* --- The media device: zr_media.c ---------------------------------------- */
 
 /* The graph and what is in it. Never taken by a callback. */
 extern struct mutex zr_media_lock;
 /* NULL while there is no media device. Under zr_media_lock. */
 extern struct zr_graph *zr_graph;
-/* Held for writing while nodes go, for reading by whoever enters one. */
+/*
+ * Held for writing while nodes go, for reading by whoever enters one. Comes
+ * after zr_media_lock and before graph_mutex.
+ */
 extern struct rw_semaphore zr_media_going;
 
-/* --- Parts: zr_part.c --------------------------------------------------------- */
+/* --- Parts: zr_part.c ---------------------------------------------------- */
 
 int zr_parts_add(void);
 /* Both under zr_media_lock, with a graph. */
@@ -112,7 +115,7 @@ void zr_graph_free_subdevs(struct zr_graph *graph);
 /* The part behind an entity. graph_mutex is held. */
 struct zr_part *zr_part_of(struct media_entity *entity);
 
-/* --- Sub-devices: zr_subdev.c, zr_subdev_node.c ------------------------- */
+/* --- Sub-devices: zr_subdev.c, zr_subdev_node.c -------------------------- */
 
 struct zr_subdev *zr_subdev_new(struct zr_graph *graph, struct zr_part *part);
 void zr_subdev_free(struct zr_subdev *subdev);
@@ -128,7 +131,7 @@ extern const struct v4l2_subdev_pad_ops zr_interface_pad_ops;
 void zr_format_text(const struct v4l2_mbus_framefmt *format, char *text,
 		    size_t size);
 
-/* --- Decoders: zr_decoder.c, zr_decoder_knobs.c ------------------------------ */
+/* --- Decoders: zr_decoder.c, zr_decoder_knobs.c -------------------------- */
 
 struct zr_camera {
 	u64 detects;
@@ -159,7 +162,7 @@ void zr_decoder_try_format(struct zr_decoder *decoder,
 			   struct v4l2_mbus_framefmt *format);
 void zr_decoder_create_knobs(struct zr_decoder *decoder, struct dentry *folder);
 
-/* --- Knobs: zr_part_knobs.c --------------------------------------------------- */
+/* --- Knobs: zr_part_knobs.c ---------------------------------------------- */
 
 void zr_part_create_knobs(struct zr_device *device, struct dentry *folder);
 void zr_graph_create_knobs(struct dentry *folder);

@@ -20,7 +20,7 @@ static struct zr_fault fail_entities;
 static struct zr_fault fail_links;
 static struct zr_fault fail_topology;
 
-/* --- The media node -------------------------------------------------------- */
+/* --- The media node ------------------------------------------------------ */
 
 /* The kernel's own operations, and ours that stand before them. */
 static const struct media_file_operations *core_operations;
@@ -73,7 +73,7 @@ static void guard_media_node(struct media_devnode *devnode)
 	WRITE_ONCE(devnode->fops, &media_operations);
 }
 
-/* --- Links ------------------------------------------------------------------- */
+/* --- Links --------------------------------------------------------------- */
 
 static int take_link_fault(struct zr_part *source, struct zr_part *sink)
 {
@@ -104,7 +104,7 @@ static const struct media_device_ops media_ops = {
 	.link_notify = link_notify,
 };
 
-/* --- Coming and going --------------------------------------------------------- */
+/* --- Coming and going ---------------------------------------------------- */
 
 /* The last node has been closed. */
 static void release_graph(struct v4l2_device *v4l2)
@@ -267,7 +267,7 @@ static const struct zr_device_ops media_device_ops = {
 
 static struct zr_device media = { .name = "media", .ops = &media_device_ops };
 
-/* --- The driver of the device above them all ----------------------------------- */
+/* --- The driver of the device above them all ----------------------------- */
 
 static int camera_probe(struct platform_device *platform)
 {

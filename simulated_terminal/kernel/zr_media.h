@@ -14,7 +14,7 @@
 
 #include "zr_terminal.h"
 
-/* --- Capture nodes, as the graph sees them ------------------------------ */
+/* --- Capture nodes, as the graph sees them ------------------------------- */
 
 struct zr_capture;
 
@@ -42,7 +42,7 @@ unsigned int zr_capture_input(struct zr_capture *capture);
  */
 void zr_capture_create_knobs(const char *name, struct dentry *folder);
 
-/* --- Decoders, as the capture nodes see them ------------------------------- */
+/* --- Decoders, as the capture nodes see them ----------------------------- */
 
 /* Lives as long as the module, whether the decoder is there or not. */
 struct zr_decoder;

@@ -9,7 +9,7 @@
 /* Longer than any path of the board. */
 #define ZR_PATH_MAX 8
 
-/* --- Who is who ----------------------------------------------------------------- */
+/* --- Who is who ---------------------------------------------------------- */
 
 static struct media_entity *entity_of(const struct zr_part *part)
 {
@@ -73,7 +73,7 @@ struct v4l2_subdev *zr_decoder_subdev(struct zr_decoder *decoder)
 	return decoder->part->subdev ? &decoder->part->subdev->sd : NULL;
 }
 
-/* --- Links ------------------------------------------------------------------------ */
+/* --- Links --------------------------------------------------------------- */
 
 static int make_link(const struct zr_link_spec *spec)
 {
@@ -114,7 +114,7 @@ static void release_sinks(struct media_entity *entity)
 					  link->sink, link->source, 0);
 }
 
-/* --- Sub-devices ------------------------------------------------------------------------ */
+/* --- Sub-devices --------------------------------------------------------- */
 
 /*
  * The kernel writes to a sub-device once more after its release, and clears
@@ -191,7 +191,7 @@ static void unregister_subdev(struct zr_part *part)
 	up_write(&zr_media_going);
 }
 
-/* --- Capture nodes -------------------------------------------------------------------- */
+/* --- Capture nodes ------------------------------------------------------- */
 
 static int register_capture(struct zr_part *part)
 {
@@ -216,7 +216,7 @@ static void unregister_capture(struct zr_part *part)
 	zr_capture_remove(capture);
 }
 
-/* --- Parts ------------------------------------------------------------------------------ */
+/* --- Parts --------------------------------------------------------------- */
 
 int zr_part_register(struct zr_part *part)
 {

@@ -7,7 +7,7 @@
 
 #include "zr_graph.h"
 
-/* --- Texts ------------------------------------------------------------------------ */
+/* --- Texts --------------------------------------------------------------- */
 
 static const struct {
 	u32 code;
@@ -65,7 +65,7 @@ void zr_log_link(const struct zr_part *source, unsigned int source_pad,
 	zr_log_text(key_of(source), "link", text, length, error);
 }
 
-/* --- The graph -------------------------------------------------------------------- */
+/* --- The graph ----------------------------------------------------------- */
 
 static void show_link(struct seq_file *file, const struct media_link *link)
 {
@@ -99,7 +99,7 @@ void zr_graph_create_knobs(struct dentry *folder)
 	debugfs_create_file("links", 0400, folder, NULL, &links_fops);
 }
 
-/* --- Parts ------------------------------------------------------------------------ */
+/* --- Parts --------------------------------------------------------------- */
 
 static void show_pad(struct seq_file *file, struct zr_subdev *subdev,
 		     const struct v4l2_mbus_framefmt *format, unsigned int pad)

@@ -23,7 +23,7 @@ bool zr_subdev_is_streaming(const struct zr_subdev *subdev)
 	return false;
 }
 
-/* --- Links -------------------------------------------------------------------- */
+/* --- Links --------------------------------------------------------------- */
 
 /* A multiplexer takes one input; its output carries that one's format. */
 static int mux_link_setup(struct media_entity *entity,
@@ -64,7 +64,7 @@ static const struct media_entity_operations mux_operations = {
 	.link_validate = v4l2_subdev_link_validate,
 };
 
-/* --- Frame intervals ------------------------------------------------------------ */
+/* --- Frame intervals ----------------------------------------------------- */
 
 static int get_interval(struct v4l2_subdev *sd,
 			struct v4l2_subdev_frame_interval *interval)
@@ -117,7 +117,7 @@ static const struct v4l2_subdev_video_ops interface_video_ops = {
 	.s_frame_interval = set_interval,
 };
 
-/* --- Their making ------------------------------------------------------------------ */
+/* --- Their making -------------------------------------------------------- */
 
 static const struct v4l2_subdev_ops decoder_ops = {
 	.video = &zr_decoder_video_ops,

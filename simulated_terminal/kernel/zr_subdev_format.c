@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0
-/* Formats on the pads of sub-devices, as the processor's own drivers have them. */
+/* Formats on the pads of sub-devices, as with the processor's own drivers. */
 #include <linux/kernel.h>
 #include <linux/media-bus-format.h>
 
@@ -38,7 +38,7 @@ static int sink_of_source(const struct zr_subdev *subdev)
 	}
 }
 
-/* --- What a pad makes of a format ------------------------------------------------ */
+/* --- What a pad makes of a format ---------------------------------------- */
 
 static u32 known_code(u32 code)
 {
@@ -120,7 +120,7 @@ static void put_format(const struct zr_subdev *subdev,
 	}
 }
 
-/* --- Operations ---------------------------------------------------------------- */
+/* --- Operations ---------------------------------------------------------- */
 
 static int init_cfg(struct v4l2_subdev *sd, struct v4l2_subdev_state *state)
 {
@@ -241,7 +241,7 @@ static int enum_frame_size(struct v4l2_subdev *sd,
 	return 0;
 }
 
-/* Without a decoder at the start of the path there is no link to find fault with. */
+/* The path must have a start: without one no link would be at fault. */
 static int link_validate(struct v4l2_subdev *sd, struct media_link *link,
 			 struct v4l2_subdev_format *source,
 			 struct v4l2_subdev_format *sink)

@@ -64,7 +64,8 @@ check_wrong_parameters() {
     local parameter
     rmmod zr_terminal
     for parameter in key=pink encoder=1 rgb=no backlight=led supply=5v variant=imx8 \
-        ai_without=mode absent=lamp simcan=5 families=ZR_DI,DO; do
+        ai_without=mode absent=lamp simcan=5 families=ZR_DI,DO tw9912= \
+        adv7180=a-name-of-more-than-31-characters; do
         check "$parameter is refused" "$(insmod "$MODULE" "$parameter" 2>&1)" \
             "insmod: ERROR: could not insert module $MODULE: Invalid parameters"
         is_missing "$parameter leaves nothing behind" "$KNOBS"
