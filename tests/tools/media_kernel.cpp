@@ -48,8 +48,9 @@ template <typename Record>
 bool copyOut(const std::vector<Record>& records, __u64 pointer, std::size_t room) {
     if (pointer == 0)
         return true;
-    std::copy_n(records.begin(), std::min(room, records.size()),
-                reinterpret_cast<Record*>(static_cast<std::uintptr_t>(pointer)));
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel takes its pointers as numbers
+    auto* const list = reinterpret_cast<Record*>(static_cast<std::uintptr_t>(pointer));
+    std::copy_n(records.begin(), std::min(room, records.size()), list);
     return room >= records.size();
 }
 
