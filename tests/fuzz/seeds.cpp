@@ -3,7 +3,9 @@
 #include <string_view>
 
 #include "tests/fuzz/fuzz_check.h"
+#include "tests/fuzz/media_text_check.h"
 #include "tests/hardware/netlink/message.h"
+#include "tests/platform/media_controller/media_texts.h"
 
 namespace ZR::test {
 namespace {
@@ -82,12 +84,44 @@ std::vector<Seed> notificationSeeds() {
     return seeds;
 }
 
+/// Texts for the terminals' graphs, which the bytes 1 and 2 pick, and for an odd one, which 0 picks.
+std::vector<Seed> textSeeds(std::vector<std::string> (*ofTerminal)(bool, const std::string&,
+                                                                   const std::string&),
+                            const std::vector<std::string>& odd) {
+    std::vector<Seed> seeds;
+    const auto add = [&seeds](char graph, const std::string& text) {
+        seeds.push_back({std::to_string(seeds.size()), graph + text});
+    };
+    for (const bool isQuad : {true, false})
+        for (const std::string& text : ofTerminal(isQuad, "tw9912 1-0044", "adv7180 2-0020"))
+            add(isQuad ? '\1' : '\2', text);
+    for (const std::string& text : odd)
+        add('\0', text);
+    return seeds;
+}
+
+std::vector<Seed> linkTextSeeds() {
+    return textSeeds(terminalLinkTexts,
+                     {"'sensor':0->\"scaler\":0 [1]", " 1 : 1 -> 3 : 1 [ 0 ] ,", "3:2->'12':0[3]",
+                      "2147483648:0->10:0[4294967297]", "16:1->'':0[]"});
+}
+
+std::vector<Seed> formatTextSeeds() {
+    return textSeeds(
+        terminalFormatTexts,
+        {"1:1 [fmt:Y8/1x2 field:interlaced-tb@1/25 crop:(1,2)/3x4 compose:(-2,0)/7x8]",
+         "'scaler':0 [AYUV32 1x2 (3,4)/5x6],16:0[]",
+         "10:0 [fmt:Y8/1x2 colorspace:srgb xfer:709 ycbcr:601 quantization:lim-range]"});
+}
+
 }  // namespace
 
 std::vector<FuzzTarget> fuzzTargets() {
     return {{"attribute_walk", checkAttributeWalk, walkSeeds()},
             {"family_reply", checkFamilyReply, replySeeds()},
-            {"notification", checkNotification, notificationSeeds()}};
+            {"notification", checkNotification, notificationSeeds()},
+            {"link_text", checkLinkText, linkTextSeeds()},
+            {"format_text", checkFormatText, formatTextSeeds()}};
 }
 
 }  // namespace ZR::test

@@ -57,7 +57,7 @@ std::string nameOf(const testing::TestParamInfo<FuzzTarget>& target) {
     return target.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Netlink, FuzzSeeds_pure, testing::ValuesIn(fuzzTargets()), nameOf);
+INSTANTIATE_TEST_SUITE_P(All, FuzzSeeds_pure, testing::ValuesIn(fuzzTargets()), nameOf);
 
 }  // namespace
 }  // namespace ZR::test
