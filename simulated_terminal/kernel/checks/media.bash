@@ -32,15 +32,17 @@ format_of() {
     media-ctl --get-v4l2 "'$1':$2" | tr -d '\t[]' | sed 's/ colorspace.*//'
 }
 
-# standard_ioctl set|get|query ENTITY [MASK]: the mask in hexadecimal, or the system's words.
+# standard_ioctl set|get|query ENTITY|NODE [MASK]: the mask in hexadecimal, or the system's words.
 standard_ioctl() {
+    local node=$2
+    [[ $node == /* ]] || node=$(node_of "$2")
     # shellcheck disable=SC2016  # Perl's variables
     perl -e 'my %number = (set => 0x40085618, get => 0x80085617, query => 0x8008563f);
         open my $node, "+<", $ARGV[1] or print("open: $!"), exit;
         my $mask = pack "Q", hex($ARGV[2] // 0);
         my $done = ioctl $node, $number{$ARGV[0]}, $mask;
         printf "%s", $done ? sprintf("0x%x", unpack "Q", $mask) : $!' \
-        "$1" "$(node_of "$2")" "${3:-}"
+        "$1" "$node" "${3:-}"
 }
 
 link_up() {
@@ -197,41 +199,43 @@ check_media_formats() {
 }
 
 check_media_standards() {
-    local each
+    local each tw adv
     reload variant=dual
-    check "a decoder starts with NTSC" "$(standard_ioctl get "$TW")" 0xb000
-    check "PAL is detected at first" "$(standard_ioctl query "$TW")" 0xff
+    tw=$(node_of "$TW")
+    adv=$(node_of "$ADV")
+    check "a decoder starts with NTSC" "$(standard_ioctl get "$tw")" 0xb000
+    check "PAL is detected at first" "$(standard_ioctl query "$tw")" 0xff
     for each in ntsc:0xb000 none:0x0 secam:0xff0000 pal:0xff 0x1000:0x1000 4096:0x1000; do
         turn adv7180/camera.1/detects "${each%:*}"
-        check "${each%:*} is detected" "$(standard_ioctl query "$ADV")" "${each#*:}"
+        check "${each%:*} is detected" "$(standard_ioctl query "$adv")" "${each#*:}"
     done
     reads "a mask reads as a mask" "$KNOBS/adv7180/camera.1/detects" 0x1000
     turn adv7180/camera.1/detects noise
     check "noise is taken for one standard after the other" \
-        "$(for each in 1 2 3 4; do standard_ioctl query "$ADV"; echo; done | sort -u | wc -l)" 4
+        "$(for each in 1 2 3 4; do standard_ioctl query "$adv"; echo; done | sort -u | wc -l)" 4
     refuses "no standard that is none" palm "$KNOBS/adv7180/camera.1/detects" 'Invalid argument' noise
     turn tw9912/camera.2/detects ntsc
     link_tw_dual
-    check "camera 0 is looked at" "$(standard_ioctl query "$TW")" 0xff
+    check "camera 0 is looked at" "$(standard_ioctl query "$tw")" 0xff
     v4l2-ctl -d "$(node_of 'ipu1_csi1 capture')" --set-ctrl=0x009819c2=1
-    check "the input-select control chooses camera 2" "$(standard_ioctl query "$TW")" 0xb000
+    check "the input-select control chooses camera 2" "$(standard_ioctl query "$tw")" 0xb000
     turn tw9912/camera.2/signal 0
-    check "a lost signal has no standard" "$(standard_ioctl query "$TW")" 0x0
+    check "a lost signal has no standard" "$(standard_ioctl query "$tw")" 0x0
     turn tw9912/camera.2/signal 1
     turn tw9912/fail_querystd 'ENODATA 1'
-    check "detection fails by its knob" "$(standard_ioctl query "$TW")" 'No data available'
-    check "detection succeeds again" "$(standard_ioctl query "$TW")" 0xb000
+    check "detection fails by its knob" "$(standard_ioctl query "$tw")" 'No data available'
+    check "detection succeeds again" "$(standard_ioctl query "$tw")" 0xb000
     empty_log
     for each in 0xff 0xb000 0x1 0xff0000; do
-        check "standard $each can be set" "$(standard_ioctl set "$TW" "$each")" "$each"
+        check "standard $each can be set" "$(standard_ioctl set "$tw" "$each")" "$each"
         reads "standard $each is what the knob shows" "$KNOBS/tw9912/standard" "$each"
     done
-    check "no standard at all is refused" "$(standard_ioctl set "$TW" 0x0)" 'Invalid argument'
+    check "no standard at all is refused" "$(standard_ioctl set "$tw" 0x0)" 'Invalid argument'
     check "a standard for digital television is refused" \
-        "$(standard_ioctl set "$TW" 0x1000000)" 'Invalid argument'
+        "$(standard_ioctl set "$tw" 0x1000000)" 'Invalid argument'
     turn tw9912/fail_s_std EBUSY
-    check "a standard fails by its knob" "$(standard_ioctl set "$TW" 0xff)" 'Device or resource busy'
-    check "a refused standard changes nothing" "$(standard_ioctl get "$TW")" 0xff0000
+    check "a standard fails by its knob" "$(standard_ioctl set "$tw" 0xff)" 'Device or resource busy'
+    check "a refused standard changes nothing" "$(standard_ioctl get "$tw")" 0xff0000
     logs "standards are in the log" '1 tw9912 standard 0xff' '2 tw9912 standard 0xb000' \
         '3 tw9912 standard 0x1' '4 tw9912 standard 0xff0000' \
         '5 tw9912 standard 0x0 error EINVAL' '6 tw9912 standard 0x1000000 error EINVAL' \
