@@ -129,7 +129,7 @@ bool MediaCtlPeer::isQuad() {
 std::string MediaCtlPeer::entityBeginningWith(const std::string& begin) {
     const Device media = enumerated();
     for (unsigned int i = 0; i < media_get_entities_count(media.get()); ++i) {
-        const std::string name = media_entity_get_info(media_get_entity(media.get(), i))->name;
+        std::string name = media_entity_get_info(media_get_entity(media.get(), i))->name;
         if (name.compare(0, begin.size(), begin) == 0)
             return name;
     }

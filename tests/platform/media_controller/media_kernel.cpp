@@ -114,9 +114,7 @@ long MediaKernel::readlink(const char* path, char* target, std::size_t size) {
         const std::string link = entity.linkTarget.empty()
                                      ? "../../devices/platform/camera/" + entity.node
                                      : entity.linkTarget;
-        const std::size_t count = std::min(size, link.size());
-        std::memcpy(target, link.data(), count);
-        return static_cast<long>(count);
+        return static_cast<long>(link.copy(target, size));
     }
     return failed(ENOENT);
 }
