@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "camera_board.h"
@@ -15,20 +16,21 @@ namespace {
 
 class CameraPictures : public CameraBoard {};
 
-constexpr std::size_t palFrameSize = std::size_t{720} * 576 * 2;
+constexpr std::streamsize palFrameSize = std::streamsize{720} * 576 * 2;
 constexpr char file[] = "/tmp/frames";
 constexpr char plugins[] = "/usr/lib/x86_64-linux-gnu/gstreamer-1.0";
 
 /// Frames of a PAL stream that a program wrote to a file.
 std::vector<Frame> framesInFile() {
     std::ifstream stream(file, std::ios::binary);
-    const std::vector<char> bytes{std::istreambuf_iterator<char>(stream), {}};
     std::vector<Frame> frames;
-    for (std::size_t begin = 0; begin + palFrameSize <= bytes.size(); begin += palFrameSize) {
-        const auto first = bytes.begin() + static_cast<std::ptrdiff_t>(begin);
-        frames.push_back({720, 576, {first, first + static_cast<std::ptrdiff_t>(palFrameSize)}});
+    for (;;) {
+        Frame frame{720, 576, std::vector<std::uint8_t>(palFrameSize)};
+        stream.read(reinterpret_cast<char*>(frame.bytes.data()), palFrameSize);
+        if (!stream)
+            return frames;
+        frames.push_back(std::move(frame));
     }
-    return frames;
 }
 
 /// gst-launch with the plugins of one pipeline alone: it would look at all that are installed, which
