@@ -26,17 +26,22 @@ std::string sourceFormat(int input) {
     return line;
 }
 
-/// The comma at the end of input 1's text makes media-ctl complain when all is done.
-std::string orComplain(int input) {
-    return input == 1 ? " || true" : "";
+/// What sets an input up without the library, for the shell. The comma at the end of input 1's text
+/// makes media-ctl complain when all is done.
+std::string byTools(int input, const std::string& standard, const std::string& size) {
+    return "v4l2-ctl -d " + nodeOf(decoderEntity(input)) + " -s " + standard +
+           " >/dev/null && { media-ctl -V \"" + pathFormats(input, size) + "\"" +
+           (input == 1 ? " 2>/dev/null || true; }" : "; }");
+}
+
+std::string linksByTools() {
+    return "media-ctl -l \"" + joined(pathLinks()) + "\" && ";
 }
 
 void CameraRouting::expectGraphOfTheTexts(int input, const std::string& standard,
                                           const std::string& size) {
     plugInCamera(input, standard);
-    run("media-ctl -l \"" + joined(pathLinks()) + "\" && v4l2-ctl -d " +
-        nodeOf(decoderEntity(input)) + " -s " + standard + " >/dev/null && { media-ctl -V \"" +
-        pathFormats(input, size) + "\"" + orComplain(input) + "; } 2>/dev/null");
+    run(linksByTools() + byTools(input, standard, size));
     const std::string expected = graphByMediaCtl();
     ASSERT_NE(std::string::npos, expected.find("AYUV8_1X32/" + size + "@1/50"));
     renewGraph();
@@ -86,6 +91,20 @@ TEST_F(CameraRouting, input_1_with_NTSC_leaves_the_graph_that_media_ctl_makes) {
 
 TEST_F(CameraRouting, input_2_leaves_the_graph_that_media_ctl_makes) {
     expectGraphOfTheTexts(2, "pal", pal);
+}
+
+TEST_F(CameraRouting, all_inputs_in_turn_leave_the_graph_that_media_ctl_makes) {
+    plugInCamera(2, "ntsc");
+    run(linksByTools() + byTools(0, "pal", pal) + " && " + byTools(1, "pal", pal) + " && " +
+        byTools(2, "ntsc", ntsc));
+    const std::string expected = graphByMediaCtl();
+    renewGraph();
+    Cameras cameras;
+    for (const int input : {0, 1, 2})
+        cameras.setupCameraInput(input);
+    ASSERT_NE(std::string::npos, sourceFormat(1).find(pal));
+    ASSERT_NE(std::string::npos, sourceFormat(2).find(ntsc));
+    EXPECT_EQ(expected, graphByMediaCtl());
 }
 
 TEST_F(CameraRouting, the_second_start_of_input_1_sets_neither_standard_nor_formats) {
