@@ -17,11 +17,6 @@ constexpr char deviceFolder[] = "/dev/";
 
 }  // namespace
 
-Node& Node::operator=(Node&& other) noexcept {
-    std::swap(descriptor_, other.descriptor_);
-    return *this;
-}
-
 Node::~Node() {
     if (isOpen())
         (void)::close(descriptor_);

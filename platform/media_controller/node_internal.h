@@ -10,7 +10,7 @@ class Node {
   public:
     Node() noexcept = default;
     Node(Node&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    Node& operator=(Node&& other) noexcept;
+    Node& operator=(Node&&) = delete;
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
     ~Node();
