@@ -1,10 +1,7 @@
 #pragma once
 
-// The system's header files are those of C and say nothing of linkage to C++.
-extern "C" {
 #include <mediactl/mediactl.h>
 #include <mediactl/v4l2subdev.h>
-}
 
 #ifndef ZRAPI_SUBDEV_FORMATS_TAKE_WHICH
 #error "whoever provides v4l2_subdev_parse_setup_formats says which of its two forms it has"
