@@ -1,4 +1,6 @@
 // Finds the analog cameras and asks which television standard their signals have: find_cameras
+//
+// Cameras 1 and 3 share a decoder, so both lines show the standard of the one that is selected.
 
 #include <iostream>
 #include <string>
