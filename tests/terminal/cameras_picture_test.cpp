@@ -124,7 +124,7 @@ TEST_F(CameraPictures, the_frames_that_v4l2_ctl_takes_are_the_inputs_own) {
     std::filesystem::remove(file);
 }
 
-TEST_F(CameraPictures, v4l2src_gets_the_frames_at_25_a_second) {
+TEST_F(CameraPictures, v4l2src_takes_25_frames_a_second_as_its_format) {
     Cameras cameras;
     cameras.setupCameraInput(1);
     run(launcher() + " v4l2src num-buffers=5 device=" + nodeOf(captureEntity(1)) +

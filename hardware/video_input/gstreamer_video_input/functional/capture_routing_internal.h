@@ -25,7 +25,13 @@ constexpr InputSelection inputSelection(int input) {
 template <std::size_t count>
 std::string joinFormats(const std::string& name, const std::string_view (&pieces)[count],
                         const std::string& size) {
-    std::string text = "'" + name;
+    std::size_t length = 1 + name.size() + (count - 1) * size.size();
+    for (const std::string_view piece : pieces)
+        length += piece.size();
+    std::string text;
+    text.reserve(length);
+    text += '\'';
+    text += name;
     text += pieces[0];
     for (std::size_t i = 1; i < count; ++i) {
         text += size;
