@@ -188,9 +188,11 @@ void zr_capture_remove(struct zr_capture *capture)
 	vb2_video_unregister_device(video);
 	/*
 	 * The framework would leave the entity in the graph for as long as
-	 * somebody has the node open.
+	 * somebody has the node open. And it overlooks a stream that read or
+	 * poll has just begun, which needs the graph to end; none begins now.
 	 */
 	mutex_lock(&capture->lock);
+	vb2_queue_release(&capture->queue);
 	media_device_unregister_entity(&video->entity);
 	mutex_unlock(&capture->lock);
 	put_device(&video->dev);

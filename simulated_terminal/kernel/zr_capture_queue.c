@@ -200,8 +200,12 @@ static int start_frames(struct zr_capture *capture)
 /* The graph validates the links, this node's own among them. */
 static int start_pipeline(struct zr_capture *capture)
 {
-	int ret = zr_fault_take(&capture->board->fail_streamon);
+	int ret;
 
+	/* Read and poll may have waited for the lock while the node went. */
+	if (!video_is_registered(&capture->video))
+		return -ENODEV;
+	ret = zr_fault_take(&capture->board->fail_streamon);
 	if (!ret)
 		ret = media_pipeline_start(&capture->pad,
 					   &capture->video.pipe);

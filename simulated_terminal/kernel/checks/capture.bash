@@ -329,9 +329,9 @@ stream_while() {
     done
 }
 
-check_capture_under_load() {
+# Nodes, decoders and the media device come and go below two streams.
+disturb_streams() {
     local round streamers=() busy
-    capture_board
     busy=$(mktemp)
     stream_while "$busy" "$shared" &
     streamers+=($!)
@@ -350,7 +350,30 @@ check_capture_under_load() {
     done
     rm "$busy"
     wait "${streamers[@]}"
+}
+
+# A node comes and goes below programs that start its stream by reading and polling alone.
+disturb_readers() {
+    local round reader busy
+    busy=$(mktemp)
+    perl "$folder/read_and_poll.pl" "$busy" "$SINGLE/state" &
+    reader=$!
+    for ((round = 0; round < 30; round++)); do
+        turn ipu1_csi0_capture/present 0
+        turn ipu1_csi0_capture/present 1
+        media-ctl -l "'ipu1_csi0':2 -> 'ipu1_csi0 capture':0[1]" >/dev/null 2>&1
+    done
+    rm "$busy"
+    wait "$reader"
+}
+
+check_capture_under_load() {
+    capture_board
+    disturb_streams
     capture_board
     check "both nodes stream after 10 rounds under load" \
         "$(stream "$shared" --stream-count=2)$(stream "$single" --stream-count=2)" ''
+    disturb_readers
+    capture_board
+    check "a node streams after 30 rounds under readers" "$(stream "$single" --stream-count=2)" ''
 }
