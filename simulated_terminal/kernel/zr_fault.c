@@ -33,10 +33,13 @@ int zr_fault_take(struct zr_fault *fault)
 	return -error;
 }
 
-/* The next word of @rest, or NULL. */
+/* The next word of @rest, which ends with one, or NULL. */
 static char *next_word(char **rest)
 {
-	return *rest ? strsep(rest, " ") : NULL;
+	if (!*rest)
+		return NULL;
+	*rest = skip_spaces(*rest);
+	return strsep(rest, " ");
 }
 
 static int fault_parse(char *text, int *error, int *count, int *after)
@@ -55,7 +58,7 @@ static int fault_parse(char *text, int *error, int *count, int *after)
 	word = next_word(&rest);
 	if (word && kstrtoint(word, 10, count))
 		return -EINVAL;
-	if (rest && kstrtoint(strim(rest), 10, after))
+	if (rest && kstrtoint(skip_spaces(rest), 10, after))
 		return -EINVAL;
 	return (*count == -1 || *count > 0) && *after >= 0 ? 0 : -EINVAL;
 }

@@ -86,6 +86,7 @@ check_fault_counts() {
         '5,5,failed: Input/output error,5'
     echo 'EIO 2 3' >"$fail"
     reads "a failure that waits" "$fail" 'EIO 2 3'
+    accepts "a fault takes more than one blank" '  EIO  4   5 ' "$fail" 'EIO 4 5'
     echo 0 >"$fail"
     refuses "a fault refuses a negative wait" 'EIO 1 -1' "$fail" 'Invalid argument' 0
     refuses "a fault refuses an unknown name" EWRONG "$fail" 'Invalid argument' 0
