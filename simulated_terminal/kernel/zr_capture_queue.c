@@ -84,8 +84,11 @@ static void return_buffers(struct zr_capture *capture,
 
 /* --- Frames -------------------------------------------------------------- */
 
-/* A frame for which there is no buffer is lost, and its number with it. */
-static void deliver_frame(struct zr_capture *capture, u32 number)
+/*
+ * A frame for which there is no buffer is lost, and its number with it. @end is
+ * when the frame ended, however late the thread is.
+ */
+static void deliver_frame(struct zr_capture *capture, u32 number, u64 end)
 {
 	struct capture_buffer *buffer = next_buffer(capture);
 	struct zr_look look;
@@ -98,7 +101,7 @@ static void deliver_frame(struct zr_capture *capture, u32 number)
 			vb2_plane_vaddr(&buffer->vb.vb2_buf, 0));
 	buffer->vb.sequence = number;
 	buffer->vb.field = capture->format.field;
-	buffer->vb.vb2_buf.timestamp = ktime_get_ns();
+	buffer->vb.vb2_buf.timestamp = end;
 	WRITE_ONCE(capture->frames, capture->frames + 1);
 	vb2_buffer_done(&buffer->vb.vb2_buf, VB2_BUF_STATE_DONE);
 }
@@ -144,17 +147,18 @@ static int bring_frames(void *data)
 	u32 number = 0;
 
 	while (!kthread_should_stop()) {
+		u64 end = start + frame_end(capture, number);
 		u64 now;
 
-		wait_until(ns_to_ktime(start + frame_end(capture, number)));
+		wait_until(ns_to_ktime(end));
 		now = ktime_get_ns();
-		if (now < start + frame_end(capture, number))
+		if (now < end)
 			continue;
 		if (READ_ONCE(capture->board->stall)) {
 			last = now;
 		} else if (has_signal(capture)) {
 			if (!capture->failed)
-				deliver_frame(capture, number);
+				deliver_frame(capture, number, end);
 			last = now;
 		} else if (now - last >= FRAME_TIMEOUT_NS && !capture->failed) {
 			fail_stream(capture);
