@@ -55,11 +55,12 @@ static const struct {
 } strokes[] = {
 	{ 9, 5, 6, 2 }, { 9, 11, 6, 2 }, { 9, 17, 6, 2 },
 	{ 9, 5, 2, 8 }, { 13, 5, 2, 8 }, { 9, 11, 2, 8 }, { 13, 11, 2, 8 },
+	{ 11, 5, 2, 14 },	/* of the 1, which stands in the middle */
 };
 
 /* Which strokes make the digits of the cameras: 1, 2, 3. */
 static const u8 digits[ZR_CAMERAS] = {
-	BIT(4) | BIT(6),
+	BIT(7),
 	BIT(0) | BIT(1) | BIT(2) | BIT(4) | BIT(5),
 	BIT(0) | BIT(1) | BIT(2) | BIT(4) | BIT(6),
 };

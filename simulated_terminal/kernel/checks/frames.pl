@@ -59,8 +59,8 @@ sub colour {
     return $v > 180 ? 'red' : $u > 180 ? 'blue' : $u < 90 && $v < 90 ? 'green' : '-';
 }
 
-# Which of the seven strokes are light: top, middle, bottom, the upper two, the lower two.
-my %digits = ('0000101' => 1, '1110110' => 2, '1110101' => 3);
+# Where it is light: in the middle of top, centre and bottom, then at the upper sides, then at the lower ones.
+my %digits = ('1110000' => 1, '1110110' => 2, '1110101' => 3);
 
 # White on the field's colour.
 sub digit {
