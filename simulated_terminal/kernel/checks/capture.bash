@@ -15,9 +15,9 @@ readonly SHARED_LINKS="'tw9912':0 -> 'ipu1_csi1_mux':4[1], 'ipu1_csi1_mux':5 -> 
 readonly SINGLE_LINKS="'adv7180':0 -> 'imx6-mipi-csi2':0[1], 'imx6-mipi-csi2':1 -> 'ipu1_csi0_mux':0[1],
     'ipu1_csi0_mux':5 -> 'ipu1_csi0':0[1], 'ipu1_csi0':2 -> 'ipu1_csi0 capture':0[1]"
 
+# What fails ends a call of media-ctl: the path whose decoder comes and goes is the last one.
 link_paths() {
-    media-ctl -l "${SHARED_LINKS//$'\n'/ }"
-    media-ctl -l "${SINGLE_LINKS//$'\n'/ }"
+    media-ctl -l "${SINGLE_LINKS//$'\n'/ }, ${SHARED_LINKS//$'\n'/ }"
 }
 
 # format_path SIZE INTERFACE PART:PAD...: what the parts before the interface carry, then it.
