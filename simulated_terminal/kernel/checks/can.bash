@@ -31,12 +31,19 @@ two_controllers() {
     empty_log
 }
 
-# listen PORT[,FILTER] COUNT: candump in the background, which ends after COUNT frames or 30 s of silence.
+# has_filters PORT COUNT: whether at least so many filters let frames of a port through.
+has_filters() {
+    (($(cat /proc/net/can/rcvlist_{all,err,fil,sff} | grep -cw "$1") >= $2))
+}
+
+# listen PORT[,FILTER]... COUNT: candump in the background, which ends after COUNT frames or 30 s of silence.
+# The kernel enters one filter after the other: with the first alone the rest is not heard yet.
 listen() {
+    local commas=${1//[!,]/}
     heard=$(mktemp)
     candump -L -r 4000000 -n "$2" -T 30000 "$1" >"$heard" &
     listener=$!
-    wait_until grep -qsw "${1%%,*}" /proc/net/can/rcvlist_{all,err,fil,sff}
+    wait_until has_filters "${1%%,*}" "$((${#commas} > 1 ? ${#commas} : 1))"
 }
 
 # hears NAME FRAME...: what the listener got in the end.
