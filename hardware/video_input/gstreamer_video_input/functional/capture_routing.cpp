@@ -63,10 +63,10 @@ void ZRGstreamerVideoInput::applyDetectedVideoStandard(int input) try {
     if (!wasKnown)
         standard = detectVideoStandard(input);
     if (sharesDecoder(input)) {
-        const bool isShared = videoSettings[interfaceNumber(0)].videoStandard ==
-                              videoSettings[interfaceNumber(2)].videoStandard;
-        // The decoder already runs with the one standard of both.
-        if (wasKnown && isShared)
+        const bool haveOneStandard = videoSettings[interfaceNumber(0)].videoStandard ==
+                                     videoSettings[interfaceNumber(2)].videoStandard;
+        // The decoder already runs with it.
+        if (wasKnown && haveOneStandard)
             return;
     } else if (wasKnown) {
         return;  // kept: the path of input 1 is its own, and stays as it was set
