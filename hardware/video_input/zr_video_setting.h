@@ -14,6 +14,18 @@ struct ZRRotation {
     // NOLINTNEXTLINE(google-explicit-constructor)
     ZRRotation(int angle = 0) : degrees(angle) {}
 
+    /// Writes the rotation to a Boost.Serialization archive or reads it from one
+    /// (`boost::archive::binary_oarchive << rotation`): the four bytes of `degrees`, in the
+    /// machine's own byte order with the binary archives, and nothing else.
+    ///
+    /// The application includes and links Boost; this header does not need it. A binary archive
+    /// throws `boost::archive::archive_exception`: `input_stream_error` when the stream ends early,
+    /// `output_stream_error` when it takes no more.
+    template <typename Archive>
+    void serialize(Archive& archive, unsigned int /*version*/) {
+        archive& degrees;
+    }
+
     int degrees;  ///< kept in 0 to 359 where an operation stores it
 };
 

@@ -1,0 +1,131 @@
+#include <dlfcn.h>
+#include <gst/gst.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <system_error>
+#include <thread>
+
+#include "hardware/print_line_internal.h"
+#include "hardware/video_input/gstreamer_video_input/functional/gst_handles_internal.h"
+#include "hardware/video_input/gstreamer_video_input/functional/gstreamer_start_internal.h"
+#include "hardware/video_input/gstreamer_video_input/functional/zr_gstreamer_video_input.h"
+
+namespace ZR {
+namespace {
+
+constexpr std::chrono::seconds startDelay(1);
+constexpr useconds_t readyStep = 100000;  // us
+constexpr int readySteps = 10;
+
+/// What the start-up thread shares with whoever ends it. Never destroyed: the thread is detached,
+/// and may wake up when the process is about to be gone.
+struct StartUp {
+    std::mutex mutex;
+    std::condition_variable ended;
+    bool running = false;
+    bool processEnds = false;
+
+    static StartUp& get() {
+        static auto& startUp = *new StartUp;
+        return startUp;
+    }
+};
+
+/// Its plug-in registers the item type that a "video.qml" imports.
+void loadSinkPlugin() {
+    (void)takeFloating(gst_element_factory_make("qmlglsink", nullptr));
+}
+
+bool beginStartUp() {
+    StartUp& startUp = StartUp::get();
+    const std::lock_guard<std::mutex> lock(startUp.mutex);
+    startUp.running = !startUp.processEnds;
+    return startUp.running;
+}
+
+void startBusThread() {
+    StartUp& startUp = StartUp::get();
+    const std::lock_guard<std::mutex> lock(startUp.mutex);
+    if (!ZRGstreamerVideoInput::quit) {
+        (void)ZRGstreamerVideoInput::gstBusThread.setThreadName("ZRGstBus");
+        (void)ZRGstreamerVideoInput::gstBusThread.startThread(
+            &ZRGstreamerVideoInput::gstBusListener, nullptr);
+    }
+    ZRGstreamerVideoInput::gstInitDone = true;
+    startUp.running = false;
+    startUp.ended.notify_all();
+}
+
+void startGstreamer() {
+    std::this_thread::sleep_for(startDelay);
+    if (!beginStartUp())
+        return;
+    if (gst_is_initialized() == FALSE)
+        gst_init(nullptr, nullptr);
+    loadSinkPlugin();
+    startBusThread();
+}
+
+/// From here on threads run in this library, and the process cannot do without it any more.
+void keepLibraryLoaded() {
+    Dl_info here{};
+    if (dladdr(reinterpret_cast<void*>(&keepLibraryLoaded), &here) != 0)
+        (void)dlopen(here.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+}  // namespace
+
+bool launchGstreamerStart() try {
+    keepLibraryLoaded();
+    std::thread(startGstreamer).detach();
+    return true;
+} catch (const std::system_error&) {
+    return false;
+}
+
+void endBusThread() {
+    {
+        const std::lock_guard<std::mutex> lock(StartUp::get().mutex);
+        ZRGstreamerVideoInput::quit = true;
+    }
+    (void)ZRGstreamerVideoInput::gstBusThread.join();
+}
+
+void endGstreamerThreads() {
+    StartUp& startUp = StartUp::get();
+    {
+        std::unique_lock<std::mutex> lock(startUp.mutex);
+        startUp.processEnds = true;
+        startUp.ended.wait(lock, [&startUp] { return !startUp.running; });
+    }
+    endBusThread();
+}
+
+void ZRGstreamerVideoInput::waitForGstReady() {
+    if (gstInitDone)
+        return;
+    for (int step = 0; step < readySteps; ++step) {
+        (void)::usleep(readyStep);
+        if (gstInitDone)
+            return;
+    }
+    (void)::usleep(readyStep);
+    printLine({"VIDEO: ERROR WHILE WAITING FOR GSTREAMER TO BE INITIALIZED! EXPECT ERRORS!"});
+}
+
+void ZRGstreamerVideoInput::doQuit() {
+    endBusThread();
+    // The inputs 0 and 2 share their descriptors: those are closed twice, kept as it was, and the
+    // second close is left to fail.
+    for (int input = 0; input < inputCount; ++input) {
+        for (const int descriptor : {fileDescriptors[input], fileDescriptorsSub[input]}) {
+            if (descriptor != -1)
+                (void)::close(descriptor);
+        }
+    }
+}
+
+}  // namespace ZR
