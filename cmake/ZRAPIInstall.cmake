@@ -38,10 +38,10 @@ if(ZRAPI_PLATFORM_LIBRARIES STREQUAL "open")
   zrapi_install_pkg_config(OS_ABS "Tick and thread services of the terminal" "")
   zrapi_install_pkg_config(Utility "File and text services of the terminal" "")
   zrapi_install_pkg_config(Hardware "${PROJECT_DESCRIPTION}"
-                           "ZRAPI_Common ZRAPI_OS_ABS ZRAPI_Utility")
+                           "ZRAPI_Common ZRAPI_OS_ABS ZRAPI_Utility Qt5Core")
 else()
   # The maker's libraries bring no pkg-config files: they are named to the linker. No folder goes
   # with them, because the one of this machine is not the one of the terminal.
-  zrapi_install_pkg_config(Hardware "${PROJECT_DESCRIPTION}" "" ZRAPI_Common ZRAPI_OS_ABS
+  zrapi_install_pkg_config(Hardware "${PROJECT_DESCRIPTION}" "Qt5Core" ZRAPI_Common ZRAPI_OS_ABS
                            ZRAPI_Utility)
 endif()
