@@ -37,7 +37,10 @@ inline GstOwned<GstElement> takeFloating(GstElement* made) {
 inline GstElement* borrowByName(GstElement* bin, const char* name) {
     if (bin == nullptr || !GST_IS_BIN(bin))
         return nullptr;
-    return GstOwned<GstElement>(gst_bin_get_by_name(GST_BIN(bin), name)).get();
+    GstElement* const found = gst_bin_get_by_name(GST_BIN(bin), name);
+    if (found != nullptr)
+        gst_object_unref(found);
+    return found;
 }
 
 /// The state of a pipeline, after a wait of at most this time while it changes.
