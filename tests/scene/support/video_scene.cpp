@@ -1,0 +1,59 @@
+#include "tests/scene/support/video_scene.h"
+
+#include <algorithm>
+
+namespace ZR::test {
+
+VideoScene::VideoScene() {
+    ZRVideoInputInterface::setMainWindow(window().contentItem());
+    addTick([this] {
+        for (ZRGstreamerVideoInput* input : inputs_)
+            input->handleQueuedCommands();
+    });
+}
+
+VideoScene::~VideoScene() {
+    quit();
+}
+
+ZRGstreamerVideoInput& VideoScene::input(const std::string& name) {
+    ZRGstreamerVideoInput* input = ZRGstreamerVideoInput::getInstance(name);
+    if (std::find(inputs_.begin(), inputs_.end(), input) == inputs_.end())
+        inputs_.push_back(input);
+    return *input;
+}
+
+void VideoScene::quit() {
+    if (hasQuit_)
+        return;
+    hasQuit_ = true;
+    for (ZRGstreamerVideoInput* input : inputs_) {
+        input->stop(0);
+        input->handleQueuedCommands();
+    }
+    // Without a main window the items have no parent afterwards, and outlive the window.
+    ZRVideoInputInterface::setMainWindow(nullptr);
+    for (ZRGstreamerVideoInput* input : inputs_)
+        input->removeVideoItem();
+    ZRVideoInputInterface::doQuit();
+}
+
+bool VideoScene::waitForQuarters(const QRect& area, const Quarters& expected, double seconds) {
+    return waitUntil([&] { return quartersOf(grab(), area) == expected; }, seconds);
+}
+
+bool VideoScene::waitForPictures(const QRect& area, int times, double seconds) {
+    Shown last = middleOf(grab(), area);
+    return waitUntil(
+        [&] {
+            const Shown now = middleOf(grab(), area);
+            if (now != last && (now == Shown::Dark || now == Shown::Bright)) {
+                last = now;
+                --times;
+            }
+            return times <= 0;
+        },
+        seconds);
+}
+
+}  // namespace ZR::test
