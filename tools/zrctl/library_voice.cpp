@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -17,10 +18,10 @@ void showReport(int, const char* section, const char* message) {
 
 void dropReport(int, const char*, const char*) {}
 
-/// Collects what std::cout is given and passes on whole lines.
+/// Collects what it is given and hands on whole lines. The library prints from several threads.
 class LineBuffer : public std::streambuf {
   public:
-    explicit LineBuffer(bool audible) : audible_(audible) {}
+    explicit LineBuffer(std::function<void(const std::string&)> take) : take_(std::move(take)) {}
     LineBuffer(const LineBuffer&) = delete;
     LineBuffer& operator=(const LineBuffer&) = delete;
     ~LineBuffer() override {
@@ -33,24 +34,37 @@ class LineBuffer : public std::streambuf {
     int_type overflow(int_type character) override {
         if (traits_type::eq_int_type(character, traits_type::eof()))
             return traits_type::not_eof(character);
-        if (character != '\n') {
-            line_ += traits_type::to_char_type(character);
-            return character;
-        }
-        endLine();
+        const std::lock_guard<std::mutex> lock(mutex_);
+        add(traits_type::to_char_type(character));
         return character;
     }
 
-  private:
-    void endLine() {
-        if (audible_)
-            printError("library: " + line_);
-        line_.clear();
+    std::streamsize xsputn(const char* text, std::streamsize size) override {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        std::for_each(text, text + size, [this](char character) { add(character); });
+        return size;
     }
 
-    bool audible_;
+  private:
+    void add(char character) {
+        if (character == '\n')
+            endLine();
+        else
+            line_ += character;
+    }
+
+    void endLine() { take_(std::exchange(line_, {})); }
+
+    std::function<void(const std::string&)> take_;
+    std::mutex mutex_;
     std::string line_;
 };
+
+void showLine(const std::string& line) {
+    printError("library: " + line);
+}
+
+void dropLine(const std::string&) {}
 
 ssize_t writeToBuffer(void* buffer, const char* text, std::size_t size) {
     return static_cast<std::streambuf*>(buffer)->sputn(text, static_cast<std::streamsize>(size));
@@ -81,7 +95,7 @@ void restoreStream(std::FILE*& stream, std::FILE* original) {
 // libsocketcan and printf know nothing of std::cout. The C library lets a program exchange its
 // standard streams; the tool itself writes to the descriptors and does not notice.
 LibraryVoice::LibraryVoice(bool audible)
-    : replacement_(std::make_unique<LineBuffer>(audible)),
+    : replacement_(std::make_unique<LineBuffer>(audible ? showLine : dropLine)),
       original_(std::cout.rdbuf(replacement_.get())),
       originalOutput_(replaceStream(stdout, openStream(replacement_.get()))),
       originalErrors_(replaceStream(stderr, openStream(replacement_.get()))) {
@@ -110,6 +124,21 @@ std::string LibraryEar::text() const {
     text.erase(text.find_last_not_of('\n') + 1);
     std::replace(text.begin(), text.end(), '\n', ' ');
     return text;
+}
+
+LibraryListener::LibraryListener(std::function<void(const std::string&)> hear)
+    : original_(std::cout.rdbuf()),
+      replacement_(std::make_unique<LineBuffer>(
+          [hear = std::move(hear), original = original_](const std::string& line) {
+              hear(line);
+              const std::string whole = line + '\n';
+              (void)original->sputn(whole.data(), static_cast<std::streamsize>(whole.size()));
+          })) {
+    (void)std::cout.rdbuf(replacement_.get());
+}
+
+LibraryListener::~LibraryListener() {
+    (void)std::cout.rdbuf(original_);
 }
 
 }  // namespace zrctl

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <ios>
 #include <memory>
 #include <sstream>
@@ -42,6 +43,22 @@ class LibraryEar {
   private:
     std::stringbuf heard_;
     std::streambuf* original_;
+};
+
+/// Tells of each line that the library prints on std::cout while an object of this class lives, for
+/// a tool that goes by them. They go on to where they would have gone. The library's threads must
+/// have ended before the object does.
+class LibraryListener {
+  public:
+    /// @param hear  is called by the thread that prints, with the line without its end
+    explicit LibraryListener(std::function<void(const std::string&)> hear);
+    LibraryListener(const LibraryListener&) = delete;
+    LibraryListener& operator=(const LibraryListener&) = delete;
+    ~LibraryListener();
+
+  private:
+    std::streambuf* original_;
+    std::unique_ptr<std::streambuf> replacement_;
 };
 
 }  // namespace zrctl

@@ -19,7 +19,7 @@ Subcommands:
   dimmable    display, key and encoder illumination, RGB LED, beeper
   can         CAN ports: state, bit rate, frames
   events      what the drivers notify
-  video       cameras: the media controller's graph, television standards
+  video       streams and cameras: pictures, the media controller, standards
 
 Options, anywhere on the line:
   --json      write JSON instead of text
