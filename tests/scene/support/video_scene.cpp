@@ -13,6 +13,7 @@ VideoScene::VideoScene() {
 }
 
 VideoScene::~VideoScene() {
+    stopInputs();
     quit();
 }
 
@@ -23,10 +24,14 @@ ZRGstreamerVideoInput& VideoScene::input(const std::string& name) {
     return *input;
 }
 
-void VideoScene::quit() {
-    if (hasQuit_)
-        return;
-    hasQuit_ = true;
+QQuickItem* VideoScene::place(ZRGstreamerVideoInput& input, const QRect& area) {
+    QQuickItem* item = addItem(area);
+    input.setVideoItem(item, 0);
+    renderFrame();
+    return item;
+}
+
+void VideoScene::stopInputs() {
     for (ZRGstreamerVideoInput* input : inputs_) {
         input->stop(0);
         input->handleQueuedCommands();
@@ -35,7 +40,12 @@ void VideoScene::quit() {
     ZRVideoInputInterface::setMainWindow(nullptr);
     for (ZRGstreamerVideoInput* input : inputs_)
         input->removeVideoItem();
-    ZRVideoInputInterface::doQuit();
+}
+
+void VideoScene::quit() {
+    if (!hasQuit_)
+        ZRVideoInputInterface::doQuit();
+    hasQuit_ = true;
 }
 
 bool VideoScene::waitForQuarters(const QRect& area, const Quarters& expected, double seconds) {

@@ -19,9 +19,17 @@ class VideoScene : public Scene {
     /// The input of this name, which this scene then drains, and stops at its end.
     ZRGstreamerVideoInput& input(const std::string& name = "video");
 
-    /// Ends all inputs now, without ending the scene: stops and drains them, takes them off the scene
-    /// and ends the service.
+    /// Places an input's picture in an item of this area, and renders the frame that it needs before
+    /// it is started.
+    QQuickItem* place(ZRGstreamerVideoInput& input, const QRect& area);
+
+    /// Stops and drains all inputs and takes them off the scene, which an application does before its
+    /// window closes.
+    void stopInputs();
+    /// Ends the service too. Without having been called before, the scene's end does it.
     void quit();
+    /// Lets the scene end without the end of the service.
+    void leaveWithoutQuit() { hasQuit_ = true; }
 
     /// Lets the application run until the quarters of an area show this.
     bool waitForQuarters(const QRect& area, const Quarters& expected, double seconds = 20);
