@@ -175,6 +175,9 @@ void ZRGstreamerVideoInput::videoWidgetDestroyed(QObject* p_obj) {
     if (videoItem == nullptr || p_obj != parentItem)
         return;
     printLine({"REMOVE FROM DESTROYED"});
+    // One item may serve as both, and setMainWindow() may hear of its end after this.
+    if (p_obj == mainWindow)
+        mainWindow = nullptr;
     removeVideoItem();
 }
 
