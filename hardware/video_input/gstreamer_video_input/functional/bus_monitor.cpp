@@ -122,8 +122,11 @@ void ZRGstreamerVideoInput::gstBusListener(void* /*unused*/) {
             if (watched == nullptr)
                 continue;
             takeMessages(watched, *input);
+            // Read before the clock: a start that came in between would be newer than the time it
+            // is compared with, and count as overdue by the clock's whole range.
+            const std::uint32_t startTick = input->rtspStartTick;
             const auto now = static_cast<std::uint32_t>(ZRTick::getTickCount());
-            if (isDataOverdue(input->streamType, input->rtspStartTick, now) &&
+            if (isDataOverdue(input->streamType, startTick, now) &&
                 isOnScreen(*input, input->parentItem, input->waitItem))
                 Q_EMIT input->errorDetected(silentServerDelay);
         }
