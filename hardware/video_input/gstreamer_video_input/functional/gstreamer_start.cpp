@@ -25,6 +25,7 @@ constexpr int readySteps = 10;
 struct StartUp {
     std::mutex mutex;
     std::condition_variable ended;
+    std::thread::id thread;
     bool running = false;
     bool processEnds = false;
 
@@ -42,6 +43,7 @@ void loadSinkPlugin() {
 bool beginStartUp() {
     StartUp& startUp = StartUp::get();
     const std::lock_guard<std::mutex> lock(startUp.mutex);
+    startUp.thread = std::this_thread::get_id();
     startUp.running = !startUp.processEnds;
     return startUp.running;
 }
@@ -99,7 +101,9 @@ void endGstreamerThreads() {
     {
         std::unique_lock<std::mutex> lock(startUp.mutex);
         startUp.processEnds = true;
-        startUp.ended.wait(lock, [&startUp] { return !startUp.running; });
+        // A GStreamer that cannot be initialised ends the process itself, on the start-up thread.
+        const bool onStartUpThread = startUp.thread == std::this_thread::get_id();
+        startUp.ended.wait(lock, [&] { return onStartUpThread || !startUp.running; });
     }
     endBusThread();
 }
