@@ -16,8 +16,7 @@ bool FaultTest::waitForLines(const std::string& text, int times, double seconds)
 
 Clock::time_point FaultTest::waitForRestarts(const WatchedInput& input, unsigned int times,
                                              double seconds) {
-    const bool restarted =
-        scene_.waitUntil([&] { return input.restarts() >= times; }, seconds);
+    const bool restarted = scene_.waitUntil([&] { return input.restarts() >= times; }, seconds);
     return restarted ? Clock::now() : Clock::time_point();
 }
 

@@ -33,7 +33,7 @@ class LostSender : public FaultTest, public testing::WithParamInterface<ZRVideoS
 };
 
 INSTANTIATE_TEST_SUITE_P(Stream, LostSender, testing::Values(StreamUdpH264, StreamUdpJpeg),
-                         [](const auto& info) { return std::string(nameOf(info.param)); });
+                         streamName);
 
 TEST_P(LostSender, is_noticed_after_a_second_and_the_picture_is_back_with_a_new_sender) {
     ASSERT_NO_FATAL_FAILURE(play());
@@ -46,8 +46,8 @@ TEST_P(LostSender, is_noticed_after_a_second_and_the_picture_is_back_with_a_new_
     // Still nobody sends: the next time-out begins with the new pipeline.
     ASSERT_TRUE(waitForLines(restartIn1000, 2));
     expectAfter(output_.linesOf(timedOut)[1].when, output_.lines()[1].when, 2000);
-    const auto sender = GetParam() == StreamUdpH264 ? sendH264(source_.port())
-                                                    : sendJpeg(source_.port());
+    const auto sender =
+        GetParam() == StreamUdpH264 ? sendH264(source_.port()) : sendJpeg(source_.port());
     EXPECT_TRUE(scene_.waitForQuarters(area, upright));
     ASSERT_NE(waitForRestarts(input_, 2), Clock::time_point());
     EXPECT_TRUE(scene_.waitForQuarters(area, upright));
