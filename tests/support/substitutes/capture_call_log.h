@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -13,12 +14,18 @@ struct CaptureCallLog {
     /// Whether calls are logged; a log needs the heap.
     static inline bool recording = true;
 
-    /// Logs what @p text gives, a function so that nothing is built for nobody.
+    /// Logs what @p text gives, a function so that nothing is built for nobody. On any thread; the
+    /// calls are to be read when the others are over.
     template <typename Text>
     static void add(Text text) {
-        if (recording)
-            calls.push_back(text());
+        if (!recording)
+            return;
+        const std::lock_guard<std::mutex> lock(mutex);
+        calls.push_back(text());
     }
+
+  private:
+    static inline std::mutex mutex;
 };
 
 }  // namespace ZR::test
