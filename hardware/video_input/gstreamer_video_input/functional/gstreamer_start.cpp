@@ -28,6 +28,7 @@ struct StartUp {
     std::thread::id thread;
     bool running = false;
     bool processEnds = false;
+    bool busThreadStarted = false;
 
     static StartUp& get() {
         static auto& startUp = *new StartUp;
@@ -55,6 +56,7 @@ void startBusThread() {
         (void)ZRGstreamerVideoInput::gstBusThread.setThreadName("ZRGstBus");
         (void)ZRGstreamerVideoInput::gstBusThread.startThread(
             &ZRGstreamerVideoInput::gstBusListener, nullptr);
+        startUp.busThreadStarted = true;
     }
     ZRGstreamerVideoInput::gstInitDone = true;
     startUp.running = false;
@@ -90,22 +92,28 @@ bool launchGstreamerStart() try {
 
 void endBusThread() {
     {
-        const std::lock_guard<std::mutex> lock(StartUp::get().mutex);
+        StartUp& startUp = StartUp::get();
+        const std::lock_guard<std::mutex> lock(startUp.mutex);
         ZRGstreamerVideoInput::quit = true;
+        startUp.busThreadStarted = false;
     }
     (void)ZRGstreamerVideoInput::gstBusThread.join();
 }
 
 void endGstreamerThreads() {
     StartUp& startUp = StartUp::get();
+    bool busThreadRuns = false;
     {
         std::unique_lock<std::mutex> lock(startUp.mutex);
         startUp.processEnds = true;
         // A GStreamer that cannot be initialised ends the process itself, on the start-up thread.
         const bool onStartUpThread = startUp.thread == std::this_thread::get_id();
         startUp.ended.wait(lock, [&] { return onStartUpThread || !startUp.running; });
+        busThreadRuns = startUp.busThreadStarted;
     }
-    endBusThread();
+    // The thread class may be the maker's, which need not bear a join without a thread.
+    if (busThreadRuns)
+        endBusThread();
 }
 
 void ZRGstreamerVideoInput::waitForGstReady() {
