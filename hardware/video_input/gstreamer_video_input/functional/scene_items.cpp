@@ -90,6 +90,7 @@ void ZRGstreamerVideoInput::createVideoAndWaitItem() {
             if (videoItem == gone)
                 videoItem = nullptr;
         });
+    SceneWatch::get().publishWaitItem(this, isShown(waitItem));
     if (waitItem == nullptr)
         return;
     connect(waitItem, &QQuickItem::visibleChanged, this, [this, changed = waitItem] {
@@ -102,7 +103,6 @@ void ZRGstreamerVideoInput::createVideoAndWaitItem() {
         waitItem = nullptr;
         SceneWatch::get().publishWaitItem(this, false);
     });
-    SceneWatch::get().publishWaitItem(this, waitItem->isVisible());
 }
 
 void ZRGstreamerVideoInput::setVideoItem(QQuickItem* item, ZRColor /*color*/) {
