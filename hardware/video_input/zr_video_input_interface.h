@@ -46,7 +46,7 @@ class ZRAPI_EXPORT ZRVideoInputInterface {
   public:
     /// Returns the video input of this name, and makes it when there is none yet. The first one that
     /// is made discovers the capture devices (about a millisecond) and starts the thread that
-    /// prepares GStreamer a second later; the call waits for neither.
+    /// prepares GStreamer a second later, for which the call does not wait.
     /// @param type  VideoInputGstreamer
     /// @param name  key of the input, any text
     /// @return the input, owned by the library until the process exits; null for any other type,
@@ -70,6 +70,10 @@ class ZRAPI_EXPORT ZRVideoInputInterface {
     virtual ~ZRVideoInputInterface();
 
     /// Builds the pipeline of the chosen stream, without playing it. Does nothing when it is built.
+    ///
+    /// Prints "UNKNOWN STREAM TYPE OPTION: TYPE" when no stream is chosen, and "SETTING WIDGET
+    /// PROPERTY 0FAIL!!!!" for a camera that is built before there is a video item; that one is
+    /// given the item by the start, or when the item is placed.
     /// @return 0
     virtual int init() = 0;
 

@@ -14,9 +14,10 @@ struct ZRRotation {
     // NOLINTNEXTLINE(google-explicit-constructor)
     ZRRotation(int angle = 0) : degrees(angle) {}
 
-    /// Writes the rotation to a Boost.Serialization archive or reads it from one
-    /// (`boost::archive::binary_oarchive << rotation`): the four bytes of `degrees`, in the
-    /// machine's own byte order with the binary archives, and nothing else.
+    /// Writes the rotation to a Boost.Serialization archive or reads it from one: the four bytes of
+    /// `degrees`, in the machine's own byte order with the binary archives, and nothing else. What
+    /// `archive << rotation` puts before the first rotation of an archive (a few bytes about its
+    /// class) is Boost's.
     ///
     /// The application includes and links Boost; this header does not need it. A binary archive
     /// throws `boost::archive::archive_exception`: `input_stream_error` when the stream ends early,

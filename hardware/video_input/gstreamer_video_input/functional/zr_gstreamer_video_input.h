@@ -159,8 +159,8 @@ class ZRAPI_EXPORT ZRGstreamerVideoInput : public QObject, public ZRVideoInputIn
     /// Waits until GStreamer is initialised, in 11 steps of 100 ms. Prints "VIDEO: ERROR WHILE
     /// WAITING FOR GSTREAMER TO BE INITIALIZED! EXPECT ERRORS!" when that was not enough.
     void waitForGstReady();
-    /// Tears the pipeline down, so that the next start builds it anew. Waits up to a second, as long
-    /// as a part of it does not stop. On the Qt thread.
+    /// Tears the pipeline down, so that the next start builds it anew. Waits up to two seconds, as
+    /// long as a part of it does not stop. On the Qt thread.
     void reset();
 
     /// The bus thread's work: takes the messages of all inputs' pipelines until doQuit().
