@@ -50,7 +50,7 @@ void playOrExit(VideoScene& scene, const StreamSource& source) {
 [[noreturn]] void leaveBeforeAnythingPlayed() {
     {
         VideoScene scene;
-        scene.input();
+        ZRGstreamerVideoInput::getInstance("video");
         scene.leaveWithoutQuit();
     }
     std::exit(0);

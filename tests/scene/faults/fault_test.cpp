@@ -33,11 +33,13 @@ std::vector<std::string> FaultTest::texts() const {
     return result;
 }
 
-void expectAfter(Clock::time_point later, Clock::time_point earlier, int milliseconds) {
+testing::AssertionResult isAfter(Clock::time_point later, Clock::time_point earlier,
+                                 int milliseconds) {
     const auto passed =
         std::chrono::duration_cast<std::chrono::milliseconds>(later - earlier).count();
-    EXPECT_GE(passed, milliseconds);
-    EXPECT_LE(passed, milliseconds + graceMilliseconds);
+    if (passed >= milliseconds && passed <= milliseconds + graceMilliseconds)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << "after " << passed << " ms, not " << milliseconds;
 }
 
 }  // namespace ZR::test

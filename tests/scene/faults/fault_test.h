@@ -44,7 +44,8 @@ class FaultTest : public testing::Test {
     VideoScene scene_;
 };
 
-/// Fails unless something happened so many milliseconds after something else, or a little later.
-void expectAfter(Clock::time_point later, Clock::time_point earlier, int milliseconds);
+/// Whether something happened so many milliseconds after something else, or a little later.
+testing::AssertionResult isAfter(Clock::time_point later, Clock::time_point earlier,
+                                 int milliseconds);
 
 }  // namespace ZR::test

@@ -1,6 +1,7 @@
 #include "tests/scene/support/video_scene.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace ZR::test {
 
@@ -21,6 +22,8 @@ ZRGstreamerVideoInput& VideoScene::input(const std::string& name) {
     ZRGstreamerVideoInput* input = ZRGstreamerVideoInput::getInstance(name);
     if (std::find(inputs_.begin(), inputs_.end(), input) == inputs_.end())
         inputs_.push_back(input);
+    if (!waitUntil([] { return ZRGstreamerVideoInput::gstInitDone; }))
+        throw std::runtime_error("GStreamer is not up");
     return *input;
 }
 

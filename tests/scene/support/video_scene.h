@@ -16,7 +16,8 @@ class VideoScene : public Scene {
     VideoScene();
     ~VideoScene() override;
 
-    /// The input of this name, which this scene then drains, and stops at its end.
+    /// The input of this name, which this scene then drains, and stops at its end. Returns when
+    /// GStreamer is up: on a loaded machine an input's own wait for that can be too short.
     ZRGstreamerVideoInput& input(const std::string& name = "video");
 
     /// Places an input's picture in an item of this area, and renders the frame that it needs before
