@@ -117,7 +117,7 @@ void ZRGstreamerVideoInput::changeInterfaceSlot() {
     restartCount = 0;
     const GstState state = pipeline != nullptr ? stateWithin(pipeline, changeWait) : GST_STATE_NULL;
     if (streamType == StreamCamera)
-        selectCamera(currentInput - 1, name);
+        selectCamera(inputOf(currentInput), name);
     if (state == GST_STATE_PLAYING)
         Q_EMIT triggerTimedRestart(changedInterfaceDelay);
     else

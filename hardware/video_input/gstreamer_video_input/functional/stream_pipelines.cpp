@@ -115,7 +115,7 @@ int ZRGstreamerVideoInput::init() try {
             built = buildNetworkStream(rtspLaunchText(rtspURL), rtspSourceName, videoItem);
             break;
         case StreamCamera: {
-            const int input = currentInput - 1;
+            const int input = inputOf(currentInput);
             if (isCameraInput(input))
                 setupCameraInput(input);
             built = buildCameraStream(isCameraInput(input) ? videoDevices[input] : std::string(),

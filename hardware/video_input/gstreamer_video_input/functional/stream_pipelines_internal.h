@@ -19,6 +19,11 @@ constexpr bool isCameraInput(int input) {
     return input >= 0 && input < ZRGstreamerVideoInput::inputCount;
 }
 
+/// The 0-based number of an interface; that of no camera where it is not counted from 1.
+constexpr int inputOf(int interfaceNumber) {
+    return interfaceNumber > 0 ? interfaceNumber - 1 : -1;
+}
+
 constexpr const char* udpSourceName = "udp";
 constexpr const char* rtspSourceName = "myRTSPSource";
 constexpr const char* cameraSourceName = "v4l2VideoSource";
