@@ -16,6 +16,7 @@ static void init_board(struct zr_capture_board *board, const char *name)
 	strscpy(board->name, name, sizeof(board->name));
 	strscpy(board->folder, name, sizeof(board->folder));
 	strreplace(board->folder, ' ', '_');
+	board->every = 1;
 	mutex_init(&board->lock);
 	zr_fault_init(&board->fail_open);
 	zr_fault_init(&board->fail_streamon);

@@ -38,6 +38,7 @@ struct zr_capture_board {
 	char folder[ZR_CAPTURE_NAME_SIZE];	/* of the knobs */
 
 	bool stall;
+	unsigned int every;	/* of so many frames one is delivered */
 	struct zr_fault fail_open;
 	struct zr_fault fail_streamon;
 	struct zr_fault fail_s_ctrl;

@@ -7,6 +7,9 @@
 
 #include "zr_capture.h"
 
+/* One frame in about 17 minutes. */
+#define MOST_LEFT_OUT 25000
+
 static const char *state_of(struct zr_capture *capture)
 {
 	if (!vb2_is_streaming(&capture->queue))
@@ -72,6 +75,25 @@ static int stall_set(void *data, u64 on)
 }
 DEFINE_DEBUGFS_ATTRIBUTE(stall_operations, stall_get, stall_set, "%llu\n");
 
+static int every_get(void *data, u64 *count)
+{
+	struct zr_capture_board *board = data;
+
+	*count = READ_ONCE(board->every);
+	return 0;
+}
+
+static int every_set(void *data, u64 count)
+{
+	struct zr_capture_board *board = data;
+
+	if (count < 1 || count > MOST_LEFT_OUT)
+		return -EINVAL;
+	WRITE_ONCE(board->every, count);
+	return 0;
+}
+DEFINE_DEBUGFS_ATTRIBUTE(every_operations, every_get, every_set, "%llu\n");
+
 void zr_capture_create_knobs(const char *name, struct dentry *folder)
 {
 	struct zr_capture_board *board = zr_capture_board(name);
@@ -83,6 +105,8 @@ void zr_capture_create_knobs(const char *name, struct dentry *folder)
 	debugfs_create_file("state", 0400, folder, board, &state_fops);
 	debugfs_create_file_unsafe("stall", 0600, folder, board,
 				   &stall_operations);
+	debugfs_create_file_unsafe("every", 0600, folder, board,
+				   &every_operations);
 	zr_fault_create_knob(&board->fail_open, "fail_open", folder);
 	zr_fault_create_knob(&board->fail_streamon, "fail_streamon", folder);
 	zr_fault_create_knob(&board->fail_s_ctrl, "fail_s_ctrl", folder);

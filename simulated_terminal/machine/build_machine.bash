@@ -4,7 +4,7 @@
 readonly BASE_ARCHIVE=$work/base.cpio
 readonly TERMINAL_ARCHIVE=$work/terminal.cpio
 readonly GUEST_COMMANDS="sh mount umount mkdir ln insmod usleep sleep reboot dmesg cp hostname ip
-    switch_root"
+    switch_root chroot mkfifo"
 
 machine_is_current() {
     local files=("$machine_sources"/*.[ch] "$machine_sources"/*.bash

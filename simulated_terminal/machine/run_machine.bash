@@ -10,7 +10,10 @@ readonly GUEST_HOME=/run/home
 compose_qemu_arguments() {
     # Emulated, a processor with few features boots seconds faster than one with all; without
     # rdrand the random pool would wait for events that never come.
-    local cpu=qemu64,+rdrand append="console=ttyS0 panic=-1 oops=panic random.trust_cpu=on"
+    local cpu=qemu64,+rdrand
+    # The software renderer's compiler uses what there is.
+    [[ -z $screen ]] || cpu+=,+ssse3,+sse4.1,+sse4.2,+popcnt
+    local append="console=ttyS0 panic=-1 oops=panic random.trust_cpu=on"
     [[ $1 == tcg ]] || cpu=host
     [[ $show_console == yes ]] || append+=" quiet"
     arguments=(
@@ -85,6 +88,7 @@ compose_settings() {
     set_list virtual_can_ports "${can_count[vcan]}"
     set_list input_devices "${input_devices[@]}"
     set_list input_devices_required "$input_devices_required"
+    set_list screen "$screen"
     settings+="set --"
     if [[ $tty == yes ]]; then
         settings+=" --tty $(stty size <&0 | tr ' ' x)"
@@ -119,6 +123,7 @@ check_module_parameters() {
 run_machine() {
     local arguments archive=$BASE_ARCHIVE settings number file conductor=()
     need_program qemu-system-x86_64 qemu-system-x86
+    [[ -z $screen ]] || need_program Xvfb xvfb
     check_module_parameters
     choose_accelerator
     [[ $with_module == no ]] || archive=$TERMINAL_ARCHIVE

@@ -260,6 +260,15 @@ check_capture_streaming() {
     begun=$(state_word "$SHARED" frames)
     turn ipu1_csi1_capture/stall 0
     check "it goes on" "$(wait_until streams "$SHARED" "$begun" && echo yes)" yes
+    refuses "no frame at all is refused" 0 "$SHARED/every" 'Invalid argument'
+    turn ipu1_csi1_capture/every 25000
+    sleep 0.5
+    begun=$(state_word "$SHARED" frames)
+    sleep 1.5
+    check "of many frames the first alone is delivered" "$(state_word "$SHARED" frames)" "$begun"
+    check "and the stream is no failed one" "$(state_word "$SHARED" stream)" streaming
+    turn ipu1_csi1_capture/every 1
+    check "all frames go on" "$(wait_until streams "$SHARED" "$begun" && echo yes)" yes
     turn tw9912/camera.0/signal 0
     end_stream
     check "without a signal a stream fails" "$said" 'VIDIOC_DQBUF: failed: Input/output error'

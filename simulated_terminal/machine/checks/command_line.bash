@@ -30,6 +30,10 @@ test_usage() {
     usage --module-parameter simcan=1 -- true
     usage --module-parameter variant -- true
     usage --module-parameter 'variant=a b' -- true
+    usage --screen wide -- true
+    usage --screen 800x8 -- true
+    usage --screen 4097x480 -- true
+    usage --screen= -- true
     usage --env 1=2 -- true
     usage --memory much -- true
     usage --memory 1 -- true
@@ -59,6 +63,12 @@ test_what_is_missing() {
     PATH=$programs "$terminal" "${options[@]}" -- true 2>"$scratch/err" </dev/null || status=$?
     expect "missing: 125 without QEMU" 125 "$status"
     expect_text "missing: the package is named" 'qemu-system-x86' "$scratch/err"
+    ln -s /usr/bin/qemu-system-x86_64 "$programs/"
+    rm "$programs/Xvfb"
+    status=0
+    PATH=$programs "$terminal" "${options[@]}" --screen 320x240 -- true 2>"$scratch/err" </dev/null || status=$?
+    expect "missing: 125 for a screen without a display server" 125 "$status"
+    expect_text "missing: its package is named" 'package xvfb' "$scratch/err"
     printf 'Dir::State::lists "%s/lists";\nDir::Cache "%s";\n' "$empty" "$empty" >"$empty/apt.conf"
     status=0
     APT_CONFIG=$empty/apt.conf ZRAPI_BUILD_DIR=$empty/build "$terminal" --prepare 2>"$scratch/err" || status=$?

@@ -16,6 +16,28 @@ test_machine_options() {
     fi
 }
 
+# Asks the display as any client does, without a library: the answer holds the size.
+readonly ASK_DISPLAY='
+    use IO::Socket::UNIX;
+    my ($number) = $ENV{DISPLAY} =~ /^:(\d+)$/ or die "no display\n";
+    my $display = IO::Socket::UNIX->new("/tmp/.X11-unix/X$number") or die "nobody there\n";
+    syswrite $display, pack "a1xvvvvxx", "l", 11, 0, 0, 0;
+    my $answer = "";
+    1 while sysread $display, $answer, 65536, length $answer
+        and (length $answer < 8 or length $answer < 8 + 4 * unpack "x6v", $answer);
+    my ($vendor, $formats) = unpack "x24vx3C", $answer;
+    my $screen = 40 + (($vendor + 3) & ~3) + 8 * $formats;
+    printf "%d %dx%d\n", ord $answer, unpack "x${screen}x20vv", $answer;'
+
+test_screen() {
+    run --screen 320x200 -- sh -c 'perl -e "$0"; stat -c "%a %U" "$XDG_RUNTIME_DIR"; nproc' \
+        "$ASK_DISPLAY" </dev/null
+    expect "screen: a display of that size, a folder for its clients, a second processor" \
+        "0 1 320x200 700 root 2" "$status $(tr '\n' ' ' <"$scratch/out" | sed 's/ $//')"
+    run -- sh -c 'echo "${DISPLAY-none}"; test -e /tmp/.X11-unix || echo nobody' </dev/null
+    expect "screen: none where none is asked for" "none nobody" "$(tr '\n' ' ' <"$scratch/out" | sed 's/ $//')"
+}
+
 test_module() {
     local with_module=(--memory "$memory")
     "$terminal" --prepare
