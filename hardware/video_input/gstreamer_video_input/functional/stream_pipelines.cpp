@@ -31,12 +31,15 @@ void configureCameraSink(GstElement* sink, QQuickItem* videoItem) {
     g_object_set(sink, "sync", FALSE, "force-aspect-ratio", FALSE, nullptr);
 }
 
-void configureCameraSource(GstElement* source, const std::string& device) {
-    if (source == nullptr)
-        return;
-    g_object_set(source, "device", device.c_str(), nullptr);
+void setCameraDevice(GstElement* source, const std::string& device) {
+    if (source != nullptr)
+        g_object_set(source, "device", device.c_str(), nullptr);
+}
+
+void setCameraBuffers(GstElement* source) {
     // The board's element has it. Elsewhere GLib warns, and the driver's own minimum serves.
-    g_object_set(source, "min-buffers", cameraBuffers, nullptr);
+    if (source != nullptr)
+        g_object_set(source, "min-buffers", cameraBuffers, nullptr);
 }
 
 void configureFrameRate(GstElement* filter) {
@@ -86,9 +89,10 @@ StreamPipeline buildCameraStream(const std::string& device, QQuickItem* videoIte
     StreamPipeline built;
     built.pipeline = takeFloating(gst_pipeline_new(nullptr));
     built.videoSource = gst_element_factory_make("v4l2src", cameraSourceName);
+    setCameraDevice(built.videoSource, device);
     built.glUpload = gst_element_factory_make("glupload", nullptr);
     built.glColorConvert = gst_element_factory_make("glcolorconvert", nullptr);
-    configureCameraSource(built.videoSource, device);
+    setCameraBuffers(built.videoSource);
     built.capsFilter = gst_element_factory_make("capsfilter", nullptr);
     configureFrameRate(built.capsFilter);
     built.videoSink = gst_element_factory_make("qmlglsink", nullptr);
