@@ -29,9 +29,9 @@ class OneOfSeveral : public FaultTest {
         sources_[failing].process().pause();
         ASSERT_TRUE(scene_.waitUntil([&] { return inputs_[failing]->isRestartPending(); }));
         sources_[failing].process().resume();
-        for (std::size_t i = 0; i < inputs_.size(); ++i)
-            if (i != failing)
-                EXPECT_TRUE(scene_.waitForPictures(areas[i])) << i;
+        for (std::size_t i = 0; i < inputs_.size(); ++i) {
+            EXPECT_TRUE(i == failing || scene_.waitForPictures(areas[i])) << i;
+        }
         EXPECT_NE(waitForRestarts(*inputs_[failing], 1), Clock::time_point());
         EXPECT_TRUE(scene_.waitForQuarters(areas[failing], upright));
         EXPECT_TRUE(scene_.waitForPictures(areas[failing]));

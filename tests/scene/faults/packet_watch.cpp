@@ -16,6 +16,10 @@ PacketWatch::PacketWatch(const ZRGstreamerVideoInput& input) {
     gst_pad_add_probe(pad, data, packet, new std::shared_ptr<Seen>(seen_), forget);
     gst_object_unref(pad);
     gst_object_unref(source);
+    std::unique_lock<std::mutex> lock(seen_->mutex);
+    if (!seen_->came.wait_for(lock, std::chrono::seconds(20), [this] { return seen_->any; }))
+        throw std::runtime_error("no packet");
+    seen_->longestGap = {};
 }
 
 Clock::time_point PacketWatch::last() const {
@@ -34,6 +38,8 @@ GstPadProbeReturn PacketWatch::packet(GstPad* /*pad*/, GstPadProbeInfo* /*info*/
     const Clock::time_point now = Clock::now();
     seen.longestGap = std::max(seen.longestGap, now - seen.last);
     seen.last = now;
+    seen.any = true;
+    seen.came.notify_all();
     return GST_PAD_PROBE_OK;
 }
 

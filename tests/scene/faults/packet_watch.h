@@ -2,6 +2,7 @@
 
 #include <gst/gst.h>
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 
@@ -14,6 +15,8 @@ namespace ZR::test {
 /// with each of them, and not when a test thinks that its sender stopped.
 class PacketWatch {
   public:
+    /// Returns when a first packet was seen.
+    /// @throw std::runtime_error when none comes
     explicit PacketWatch(const ZRGstreamerVideoInput& input);
 
     Clock::time_point last() const;
@@ -23,6 +26,8 @@ class PacketWatch {
   private:
     struct Seen {
         std::mutex mutex;
+        std::condition_variable came;
+        bool any = false;
         Clock::time_point last = Clock::now();
         Clock::duration longestGap{};
     };
