@@ -5,6 +5,13 @@
 
 namespace ZR::test {
 
+namespace {
+
+// An emulated machine looks at its plug-ins for long.
+constexpr double gstreamerLimit = 120;
+
+}  // namespace
+
 VideoScene::VideoScene() {
     ZRVideoInputInterface::setMainWindow(window().contentItem());
     addTick([this] {
@@ -22,7 +29,7 @@ ZRGstreamerVideoInput& VideoScene::input(const std::string& name) {
     ZRGstreamerVideoInput* input = ZRGstreamerVideoInput::getInstance(name);
     if (std::find(inputs_.begin(), inputs_.end(), input) == inputs_.end())
         inputs_.push_back(input);
-    if (!waitUntil([] { return ZRGstreamerVideoInput::gstInitDone; }))
+    if (!waitUntil([] { return ZRGstreamerVideoInput::gstInitDone; }, gstreamerLimit))
         throw std::runtime_error("GStreamer is not up");
     return *input;
 }
