@@ -333,6 +333,7 @@ INSTANTIATE_TEST_SUITE_P(everywhere, ZrctlHelp,
                                          std::vector<std::string>{"can", "dump", "--help"},
                                          std::vector<std::string>{"events", "--help"},
                                          std::vector<std::string>{"video", "--help"},
+                                         std::vector<std::string>{"video", "play", "--help"},
                                          std::vector<std::string>{"video", "standard", "-h"}));
 
 TEST(ZrctlHelp, names_every_subcommand) {
