@@ -1,25 +1,30 @@
 // What loading and unloading the hardware library does. This program is not linked with it.
 
-#include <cxxabi.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <link.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <new>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "common/zrapi_common/zr_debug.h"
+#include "tests/public_api/loaded_library.h"
 #include "tests/support/private_root.h"
 
 namespace {
+
+using ZR::test::isMapped;
+using ZR::test::Library;
+using ZR::test::videoInput;
 
 constexpr char ignitionPathSymbol[] = "_ZN2ZR13ZRInputOutput17ignitionInputPathB5cxx11E";
 constexpr char canSectionSymbol[] = "_ZN2ZR5ZRCAN12debugSectionE";
@@ -27,9 +32,6 @@ constexpr char canRawSectionSymbol[] = "_ZN2ZR8ZRCANRaw12debugSectionE";
 constexpr char canInterfaceTypeSymbol[] = "_ZN2ZR8ZRCANRaw21hardwareInterfaceTypeE";
 constexpr char inputOutputSectionSymbol[] = "_ZN2ZR13ZRInputOutput12debugSectionE";
 constexpr char dimmableSectionSymbol[] = "_ZN2ZR10ZRDimmable12debugSectionE";
-constexpr char readableSymbol[] =
-    "_ZN2ZR9ZRNetlink18onEndPointReadableESt10shared_ptrINS_10ZREndPointEEPNS_"
-    "17ZREndPointManagerE";
 constexpr char dimmableInstanceSymbol[] = "_ZN2ZR10ZRDimmable11getInstanceEv";
 
 constexpr unsigned int firstHandle = 4711;
@@ -78,84 +80,6 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
 }
 
 namespace {
-
-/// The hardware library, loaded while this lives.
-class Library {
-  public:
-    Library() : handle_(::dlopen(ZR_HARDWARE_LIBRARY, RTLD_NOW | RTLD_LOCAL)) {}
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-    ~Library() { unload(); }
-
-    bool isLoaded() const { return handle_ != nullptr; }
-
-    bool unload() {
-        void* const handle = std::exchange(handle_, nullptr);
-        return handle != nullptr && ::dlclose(handle) == 0;
-    }
-
-    template <typename Type>
-    Type* symbol(const char* name) const {
-        return reinterpret_cast<Type*>(::dlsym(handle_, name));
-    }
-
-    template <typename Type>
-    Type* symbol(const std::string& name) const {
-        return symbol<Type>(name.c_str());
-    }
-
-  private:
-    void* handle_;
-};
-
-/// The symbol of a static member of the video inputs' class, given the member's mangled end.
-std::string videoInput(const std::string& member) {
-    return "_ZN2ZR21ZRGstreamerVideoInput" + member;
-}
-
-bool isMapped() {
-    const auto isHardware = [](dl_phdr_info* object, std::size_t /*size*/, void* /*data*/) {
-        return std::strstr(object->dlpi_name, "libZRAPI_Hardware") != nullptr ? 1 : 0;
-    };
-    return ::dl_iterate_phdr(isHardware, nullptr) != 0;
-}
-
-std::string demangled(const char* name) {
-    int status = -1;
-    const std::unique_ptr<char, void (*)(void*)> text(
-        abi::__cxa_demangle(name, nullptr, nullptr, &status), std::free);
-    return status == 0 ? text.get() : name;
-}
-
-/// The operations in the slots of a class's virtual table.
-std::vector<std::string> slots(const Library& library, const char* tableSymbol) {
-    const auto* const table = library.symbol<void* const>(tableSymbol);
-    Dl_info info{};
-    void* entry = nullptr;
-    std::vector<std::string> names;
-    if (table == nullptr || ::dladdr1(table, &info, &entry, RTLD_DL_SYMENT) == 0)
-        return names;
-    // The first two entries are the offset to the top and the type information.
-    const std::size_t count = static_cast<const ElfW(Sym)*>(entry)->st_size / sizeof(void*);
-    for (std::size_t i = 2; i < count; ++i) {
-        Dl_info operation{};
-        const bool known = ::dladdr(table[i], &operation) != 0 && operation.dli_sname != nullptr;
-        names.push_back(known ? demangled(operation.dli_sname) : "unknown");
-    }
-    return names;
-}
-
-/// Which operations have the slots of a virtual table. By address: the optimiser gives operations that
-/// do the same one body with several names.
-void expectSlots(const char* tableSymbol, const std::vector<const char*>& expected) {
-    const Library library;
-    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
-    const auto* const table = library.symbol<void* const>(tableSymbol);
-    ASSERT_NE(table, nullptr);
-    ASSERT_EQ(slots(library, tableSymbol).size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i)
-        EXPECT_EQ(table[i + 2], library.symbol<void>(expected[i])) << demangled(expected[i]);
-}
 
 int openDescriptors() {
     int count = 0;
@@ -305,83 +229,27 @@ TEST(LibraryLoading, unloading_destroys_the_dimmable_devices_and_closes_their_fi
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST(SlotOrder_pure, input_output_has_its_destructor_and_nothing_else) {
+TEST(LibraryLoading_pure, nothing_of_the_video_inputs_runs_after_loading) {
     const Library library;
     ASSERT_TRUE(library.isLoaded()) << ::dlerror();
-    const std::vector<std::string> expected{"ZR::ZRInputOutput::~ZRInputOutput()",
-                                            "ZR::ZRInputOutput::~ZRInputOutput()"};
-    EXPECT_EQ(slots(library, "_ZTVN2ZR13ZRInputOutputE"), expected);
+    for (const char* const flag : {"11gstInitDoneE", "4quitE", "17busThreadLaunchedE"})
+        EXPECT_FALSE(*library.symbol<bool>(videoInput(flag))) << flag;
+    EXPECT_EQ(*library.symbol<void*>("_ZN2ZR21ZRVideoInputInterface10mainWindowE"), nullptr);
 }
 
-TEST(SlotOrder_pure, dimmable_has_its_operations_in_order) {
-    const Library library;
+/// A thread that sleeps in code that is gone takes the process with it.
+TEST(LibraryLoading, a_library_that_has_started_threads_stays_in_the_process) {
+    Library library;
     ASSERT_TRUE(library.isLoaded()) << ::dlerror();
-    const std::vector<std::string> expected{
-        "ZR::ZRDimmable::~ZRDimmable()",
-        "ZR::ZRDimmable::~ZRDimmable()",
-        "ZR::ZRDimmable::getIntensity(unsigned int*, ZR::ZRDimmableDevice)",
-        "ZR::ZRDimmable::setIntensity(unsigned int, ZR::ZRDimmableDevice)",
-        "ZR::ZRDimmable::getColor(unsigned int*, ZR::ZRDimmableDevice)",
-        "ZR::ZRDimmable::setColor(unsigned int, ZR::ZRDimmableDevice)",
-        "ZR::ZRDimmable::setMinDisplayBacklightIntensity(unsigned int)",
-        "ZR::ZRDimmable::getMinDisplayBacklightIntensity(unsigned int*)",
-        "ZR::ZRDimmable::isColorSupported(ZR::ZRDimmableDevice) const"};
-    EXPECT_EQ(slots(library, "_ZTVN2ZR10ZRDimmableE"), expected);
-}
-
-TEST(SlotOrder_pure, can_sockets_have_the_end_points_operations_and_then_their_own) {
-    expectSlots(
-        "_ZTVN2ZR9CANSocketE",
-        {"_ZN2ZR9CANSocketD1Ev", "_ZN2ZR9CANSocketD0Ev", "_ZNK2ZR9CANSocket17getReadEndPointIDEv",
-         "_ZNK2ZR9CANSocket18getWriteEndPointIDEv", "_ZNK2ZR9CANSocket11isConnectedEv",
-         "_ZN2ZR9CANSocket9reconnectEv", "_ZN2ZR9CANSocket10initializeEjjPKc",
-         "_ZN2ZR9CANSocket10initializeEj", "_ZN2ZR9CANSocket4sendEPNS_12ZRCANMessageE",
-         "_ZN2ZR9CANSocket7receiveEPNS_12ZRCANMessageE", "_ZN2ZR9CANSocket10setPollingEbj",
-         "_ZN2ZR9CANSocket11addIDFilterEjj"});
-}
-
-TEST(SlotOrder_pure, netlink_end_points_have_the_end_points_operations_only) {
-    expectSlots(
-        "_ZTVN2ZR17ZRNetlinkEndPointE",
-        {"_ZN2ZR17ZRNetlinkEndPointD1Ev", "_ZN2ZR17ZRNetlinkEndPointD0Ev",
-         "_ZNK2ZR17ZRNetlinkEndPoint17getReadEndPointIDEv",
-         "_ZNK2ZR17ZRNetlinkEndPoint18getWriteEndPointIDEv",
-         "_ZNK2ZR17ZRNetlinkEndPoint11isConnectedEv", "_ZN2ZR17ZRNetlinkEndPoint9reconnectEv"});
-}
-
-TEST(SlotOrder_pure, the_dispatcher_has_the_handlers_operations_and_then_its_destructor) {
-    expectSlots(
-        "_ZTVN2ZR9ZRNetlinkE",
-        {readableSymbol, "_ZN2ZR9ZRNetlink21onEndPointReconnectedESt10shared_ptrINS_10ZREndPointEE",
-         "_ZN2ZR9ZRNetlink22onEndPointDisconnectedESt10shared_ptrINS_10ZREndPointEE",
-         "_ZN2ZR9ZRNetlinkD1Ev", "_ZN2ZR9ZRNetlinkD0Ev"});
-}
-
-TEST(SlotOrder_pure, events_have_their_destructor_and_nothing_else) {
-    expectSlots("_ZTVN2ZR7ZREventE", {"_ZN2ZR7ZREventD1Ev", "_ZN2ZR7ZREventD0Ev"});
-}
-
-/// Whoever provides the common library need not bring them.
-TEST(SlotOrder_pure, the_tables_of_the_classes_defined_in_headers_are_here) {
-    const Library library;
-    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
-    for (const char* table : {"_ZTVN2ZR10ZREndPointE", "_ZTVN2ZR17ZREndPointHandlerE",
-                              "_ZTVN2ZR7ZREventE", "_ZTVN2ZR9ZRTriggerE", "_ZTVN2ZR8ZRSignalE"}) {
-        Dl_info where{};
-        ASSERT_NE(::dladdr(library.symbol<void* const>(table), &where), 0) << table;
-        EXPECT_NE(std::strstr(where.dli_fname, "libZRAPI_Hardware"), nullptr) << table;
-    }
-}
-
-TEST(SlotOrder_pure, controllers_have_their_operations_in_order) {
-    const Library library;
-    ASSERT_TRUE(library.isLoaded()) << ::dlerror();
-    std::vector<std::string> operations = slots(library, "_ZTVN2ZR15CANLibsocketcanE");
-    ASSERT_EQ(operations.size(), 4U);
-    // The destructor is inline: each library has its own.
-    operations.erase(operations.begin(), operations.begin() + 2);
-    const std::vector<std::string> expected{
-        "ZR::CANLibsocketcan::setBaudrate(unsigned int, unsigned int)",
-        "ZR::CANLibsocketcan::getBaudrate(unsigned int) const"};
-    EXPECT_EQ(operations, expected);
+    auto* const getInstance = library.symbol<void*(const std::string&)>(
+        videoInput("11getInstanceERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"));
+    ASSERT_NE(getInstance, nullptr);
+    ASSERT_NE(getInstance("camera"), nullptr);
+    auto* const isReady = library.symbol<const volatile bool>(videoInput("11gstInitDoneE"));
+    EXPECT_TRUE(library.unload());
+    EXPECT_TRUE(isMapped());
+    // Its thread wakes up after a second.
+    for (int i = 0; i < 20000 && !*isReady; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(*isReady);
 }

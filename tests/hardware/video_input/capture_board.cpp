@@ -24,6 +24,7 @@ void forgetDiscovery() {
     Input::runningOnQuadCore = false;
     Input::mediaDevice = nullptr;
     Input::initialSetupPending = true;
+    Input::busThreadLaunched = false;
     Input::palSize = "720x576";
     Input::ntscSize = "720x480";
 }

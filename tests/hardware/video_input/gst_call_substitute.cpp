@@ -15,6 +15,7 @@ std::deque<GstState> GstCallSubstitute::states;
 bool GstCallSubstitute::leavesStates = false;
 std::function<void()> GstCallSubstitute::insteadOfSleep;
 std::function<void()> GstCallSubstitute::beforeInit;
+std::function<void()> GstCallSubstitute::afterInit;
 
 void GstCallSubstitute::reset() {
     isLogging = false;
@@ -22,6 +23,7 @@ void GstCallSubstitute::reset() {
     leavesStates = false;
     insteadOfSleep = nullptr;
     beforeInit = nullptr;
+    afterInit = nullptr;
 }
 
 namespace {
@@ -81,6 +83,8 @@ void gst_init(int* count, char*** arguments) {
     if (GstCallSubstitute::beforeInit)
         GstCallSubstitute::beforeInit();
     ZR::test::real<decltype(gst_init)>("gst_init")(count, arguments);
+    if (GstCallSubstitute::afterInit)
+        GstCallSubstitute::afterInit();
 }
 
 int usleep(useconds_t time) {

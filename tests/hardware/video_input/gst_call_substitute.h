@@ -25,8 +25,9 @@ struct GstCallSubstitute {
     /// Done instead of each usleep, if there is one.
     static std::function<void()> insteadOfSleep;
 
-    /// Done before each gst_init, if there is one.
+    /// Done before and after each gst_init, if there is one.
     static std::function<void()> beforeInit;
+    static std::function<void()> afterInit;
 
     static void reset();
 };

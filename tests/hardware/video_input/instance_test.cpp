@@ -77,6 +77,36 @@ TEST_F(Instance, that_the_application_has_taken_out_stays_out) {
     EXPECT_EQ(calls(), Calls{});
 }
 
+TEST_F(Instance, of_a_type_other_than_0_is_null_and_nothing_is_created) {
+    for (const int type : {1, 2, -1, 2147483647})
+        EXPECT_EQ(ZRVideoInputInterface::getInstance(static_cast<ZRVideoInputType>(type), "camera"),
+                  nullptr);
+    EXPECT_TRUE(Input::instances.empty());
+    EXPECT_TRUE(Input::initialSetupPending);
+    EXPECT_FALSE(Input::busThreadLaunched);
+    EXPECT_EQ(calls(), Calls{});
+}
+
+TEST_F(Instance, of_a_type_other_than_0_is_null_also_where_the_name_is_known) {
+    (void)Input::getInstance("camera");
+    EXPECT_EQ(ZRVideoInputInterface::getInstance(static_cast<ZRVideoInputType>(1), "camera"),
+              nullptr);
+}
+
+TEST_F(Instance, of_type_0_is_the_object_of_the_name_seen_as_its_interface) {
+    ZRVideoInputInterface* const interface =
+        ZRVideoInputInterface::getInstance(VideoInputGstreamer, "camera");
+    Input* const made = Input::getInstance("camera");
+    ASSERT_NE(interface, nullptr);
+    EXPECT_EQ(interface, static_cast<ZRVideoInputInterface*>(made));
+    EXPECT_NE(static_cast<void*>(interface), static_cast<void*>(made));
+}
+
+TEST_F(Instance, of_type_0_that_the_application_has_taken_out_is_null) {
+    Input::instances["camera"] = nullptr;
+    EXPECT_EQ(ZRVideoInputInterface::getInstance(VideoInputGstreamer, "camera"), nullptr);
+}
+
 TEST_F(Instance, is_made_without_a_word) {
     const OutputCapture capture;
     (void)Input::getInstance("camera");

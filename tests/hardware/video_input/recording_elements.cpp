@@ -76,6 +76,7 @@ std::map<std::pair<std::string, GstStateChange>, GstStateChangeReturn>& answers(
     return all;
 }
 
+std::atomic<int> elementsMade = 0;
 std::atomic<int> elementsAlive = 0;
 
 struct RecordingClass {
@@ -194,6 +195,7 @@ void initialiseClass(gpointer type, gpointer data) {
 
 void initialise(GTypeInstance* instance, gpointer type) {
     reinterpret_cast<RecordingElement*>(instance)->values = new std::map<std::string, GValue>;
+    ++elementsMade;
     ++elementsAlive;
     for (const char* const name : {"sink", "src"}) {
         GstPadTemplate* const pad =
@@ -221,6 +223,10 @@ void add(const Factory& factory) {
 void RecordingElements::registerAll() {
     ::setenv("GST_REGISTRY_DISABLE", "yes", 1);
     gst_init(nullptr, nullptr);
+    addAll();
+}
+
+void RecordingElements::addAll() {
     for (const Factory& factory : factories())
         add(factory);
 }
@@ -241,6 +247,10 @@ std::string RecordingElements::valueOf(GstElement* element, const std::string& p
     const auto& values = *reinterpret_cast<RecordingElement*>(element)->values;
     const auto found = values.find(property);
     return found == values.end() ? "unset" : textOf(found->second);
+}
+
+int RecordingElements::made() {
+    return elementsMade;
 }
 
 int RecordingElements::alive() {

@@ -16,6 +16,9 @@ struct RecordingElements {
     /// Initialises GStreamer without plug-ins and brings in all elements that the streams are made of.
     static void registerAll();
 
+    /// Brings in the elements of a process that has initialised GStreamer itself.
+    static void addAll();
+
     /// Takes one away again.
     static void remove(const std::string& factory);
 
@@ -25,6 +28,9 @@ struct RecordingElements {
 
     /// What an element was last given, as in the log; "unset" for what it was not.
     static std::string valueOf(GstElement* element, const std::string& property);
+
+    /// How many elements of ours were made.
+    static int made();
 
     /// How many elements of ours are alive.
     static int alive();

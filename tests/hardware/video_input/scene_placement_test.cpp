@@ -1,71 +1,13 @@
 #include <QQmlEngine>
 
-#include "tests/hardware/video_input/video_service.h"
-#include "tests/support/private_root.h"
+#include "tests/hardware/video_input/scene_test.h"
 
-// The two items and the application's.
+// Where the two items are placed.
 
 namespace ZR::test {
 namespace {
 
-constexpr char sceneFile[] = "/dev/shm/video.qml";
-constexpr char noVideoItem[] = "NO VIDEO ITEM!\n";
-constexpr char noSceneFile[] =
-    "ERROR: video.qml file not found! Expect disaster when trying to use anything video "
-    "related!\n";
-
-/// Two items below a root, at a z and a place of their own, one inside the other's neighbour.
-constexpr char wholeScene[] =
-    "import QtQuick 2.0\n"
-    "Item {\n"
-    "  Item { Item { objectName: 'videoItem'; z: 5; x: 3; y: 4; visible: false } }\n"
-    "  Item { objectName: 'waitItemCamera'; z: 6; x: 3; y: 4 }\n"
-    "}\n";
-
-class ScenePlacement : public VideoServiceTest {
-  protected:
-    ScenePlacement() { makeFile(sceneFile, wholeScene); }
-
-    ~ScenePlacement() override {
-        deleteScene(input_);
-        removeFile(sceneFile);
-    }
-
-    /// What the library never deletes.
-    static void deleteScene(const TestInput& input) {
-        QObject* root = input.videoItem != nullptr ? input.videoItem : input.waitItem;
-        while (root != nullptr && root->parent() != nullptr)
-            root = root->parent();
-        delete root;
-    }
-
-    static std::string describe(const QQuickItem* item) {
-        if (item == nullptr)
-            return "none";
-        const auto number = [](qreal value) { return std::to_string(static_cast<int>(value)); };
-        return number(item->x()) + ' ' + number(item->y()) + ' ' + number(item->width()) + 'x' +
-               number(item->height()) + " z" + number(item->z()) +
-               (item->isVisible() ? " shown" : " hidden");
-    }
-
-    /// What placing prints.
-    std::string placing(QQuickItem* item) {
-        const OutputCapture capture;
-        input_.setVideoItem(item, ZRColor(0xFF00FF00));
-        return capture.output();
-    }
-
-    /// A scene in which the input has its items already, under @p parent_.
-    void place() {
-        ASSERT_EQ(placing(parent_.get()), "");
-        (void)takeCalls();
-    }
-
-    std::unique_ptr<QQuickItem> parent_ = makeItem("parent");
-    std::unique_ptr<QQuickItem> other_ = makeItem("other", 320, 240);
-    std::unique_ptr<QQuickItem> window_ = makeItem("window");
-    TestInput input_;
-};
+class ScenePlacement : public SceneTest {};
 
 TEST_F(ScenePlacement, takes_both_items_from_anywhere_below_the_root) {
     input_.createVideoAndWaitItem();
@@ -90,7 +32,8 @@ TEST_F(ScenePlacement, of_each_input_has_items_of_its_own_on_one_engine) {
 TEST_F(ScenePlacement, keeps_the_root_alive) {
     input_.createVideoAndWaitItem();
     bool gone = false;
-    QObject::connect(input_.waitItem, &QObject::destroyed, [&gone] { gone = true; });
+    const QObject context;
+    QObject::connect(input_.waitItem, &QObject::destroyed, &context, [&gone] { gone = true; });
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCoreApplication::processEvents();
     EXPECT_FALSE(gone);
@@ -274,214 +217,6 @@ TEST_F(ScenePlacement, without_a_wait_item_in_the_file_goes_on_without) {
     (void)placing(other_.get());
     input_.removeVideoItem();
     EXPECT_EQ(input_.videoItem->parentItem(), nullptr);
-}
-
-TEST_F(ScenePlacement, doShowVideoItem_shows_one_and_hides_the_other) {
-    place();
-    input_.doShowVideoItem(true);
-    EXPECT_TRUE(input_.videoItem->isVisible());
-    EXPECT_FALSE(input_.waitItem->isVisible());
-    input_.doShowVideoItem(false);
-    EXPECT_FALSE(input_.videoItem->isVisible());
-    EXPECT_TRUE(input_.waitItem->isVisible());
-}
-
-TEST_F(ScenePlacement, showVideoItem_is_carried_to_it_queued) {
-    place();
-    Q_EMIT input_.showVideoItem(false);
-    EXPECT_TRUE(input_.videoItem->isVisible());
-    deliverSignals();
-    EXPECT_FALSE(input_.videoItem->isVisible());
-}
-
-TEST_F(ScenePlacement, doShowVideoItem_true_on_parked_items_changes_nothing) {
-    ZRVideoInputInterface::setMainWindow(window_.get());
-    place();
-    input_.removeVideoItem();
-    for (const bool show : {true, false}) {
-        input_.doShowVideoItem(show);
-        EXPECT_EQ(describe(input_.videoItem), "0 0 800x480 z5 hidden");
-        EXPECT_EQ(describe(input_.waitItem), "0 0 800x480 z6 hidden");
-    }
-}
-
-TEST_F(ScenePlacement, doShowVideoItem_on_items_without_a_parent_changes_nothing) {
-    input_.doShowVideoItem(true);
-    input_.createVideoAndWaitItem();
-    input_.videoItem->setParentItem(nullptr);
-    input_.waitItem->setParentItem(nullptr);
-    input_.waitItem->setVisible(true);
-    input_.doShowVideoItem(true);
-    EXPECT_TRUE(input_.waitItem->isVisible());
-    EXPECT_FALSE(input_.videoItem->isVisible());
-}
-
-TEST_F(ScenePlacement, removeVideoItem_stops_and_parks_both_under_the_main_window) {
-    ZRVideoInputInterface::setMainWindow(window_.get());
-    place();
-    input_.setStreamType(StreamUdpH264);
-    (void)input_.startSlot();
-    input_.start(0);
-    input_.pushCommandToQueue(CommandChangeInterface);
-    input_.restartCount = 5;
-    input_.removeVideoItem();
-    EXPECT_EQ(GST_STATE(input_.pipeline), GST_STATE_NULL);
-    EXPECT_TRUE(input_.commandQueue.empty());
-    EXPECT_EQ(input_.videoItem->parentItem(), window_.get());
-    EXPECT_EQ(input_.waitItem->parentItem(), window_.get());
-    EXPECT_FALSE(input_.videoItem->isVisible());
-    EXPECT_FALSE(input_.waitItem->isVisible());
-    EXPECT_EQ(input_.parentItem, nullptr);
-    EXPECT_EQ(input_.restartCount, 0U);
-}
-
-TEST_F(ScenePlacement, removeVideoItem_without_a_main_window_takes_the_items_out_of_any_item) {
-    place();
-    input_.removeVideoItem();
-    EXPECT_EQ(input_.videoItem->parentItem(), nullptr);
-    EXPECT_EQ(input_.waitItem->parentItem(), nullptr);
-    EXPECT_FALSE(input_.videoItem->isVisible());
-}
-
-TEST_F(ScenePlacement, removeVideoItem_without_a_place_leaves_the_items) {
-    ZRVideoInputInterface::setMainWindow(window_.get());
-    place();
-    input_.parentItem = nullptr;
-    input_.removeVideoItem();
-    EXPECT_EQ(input_.videoItem->parentItem(), parent_.get());
-    EXPECT_EQ(describe(input_.videoItem), "0 0 800x480 z5 shown");
-}
-
-TEST_F(ScenePlacement, after_removal_is_made_anew_by_the_next_setVideoItem) {
-    ZRVideoInputInterface::setMainWindow(window_.get());
-    place();
-    const QQuickItem* const video = input_.videoItem;
-    input_.removeVideoItem();
-    place();
-    EXPECT_EQ(input_.videoItem, video);
-    EXPECT_EQ(describe(input_.videoItem), "0 0 800x480 z0 hidden");
-    EXPECT_EQ(describe(input_.waitItem), "0 0 800x480 z0 shown");
-    EXPECT_EQ(input_.parentItem, parent_.get());
-}
-
-TEST_F(ScenePlacement, destroying_the_parent_item_stops_the_stream_and_parks_both_items) {
-    ZRVideoInputInterface::setMainWindow(window_.get());
-    place();
-    input_.setStreamType(StreamUdpH264);
-    (void)input_.startSlot();
-    const OutputCapture capture;
-    parent_.reset();
-    EXPECT_EQ(capture.output(), "REMOVE FROM DESTROYED\n");
-    EXPECT_EQ(GST_STATE(input_.pipeline), GST_STATE_NULL);
-    EXPECT_EQ(input_.videoItem->parentItem(), window_.get());
-    EXPECT_EQ(input_.waitItem->parentItem(), window_.get());
-    EXPECT_EQ(input_.parentItem, nullptr);
-}
-
-TEST_F(ScenePlacement, destroying_the_parent_item_without_a_main_window_leaves_the_items_alive) {
-    place();
-    const OutputCapture capture;
-    parent_.reset();
-    EXPECT_EQ(capture.output(), "REMOVE FROM DESTROYED\n");
-    EXPECT_EQ(input_.videoItem->parentItem(), nullptr);
-    EXPECT_EQ(input_.parentItem, nullptr);
-}
-
-TEST_F(ScenePlacement, destroying_a_parent_of_before_does_nothing) {
-    place();
-    (void)placing(other_.get());
-    const OutputCapture capture;
-    parent_.reset();
-    EXPECT_EQ(capture.output(), "");
-    EXPECT_EQ(input_.parentItem, other_.get());
-    EXPECT_EQ(input_.videoItem->parentItem(), other_.get());
-}
-
-TEST_F(ScenePlacement, destroying_a_parent_after_the_removal_does_nothing) {
-    place();
-    input_.removeVideoItem();
-    const OutputCapture capture;
-    parent_.reset();
-    EXPECT_EQ(capture.output(), "");
-}
-
-TEST_F(ScenePlacement, destroying_the_parent_of_an_input_without_items_forgets_it) {
-    removeFile(sceneFile);
-    (void)placing(parent_.get());
-    const OutputCapture capture;
-    parent_.reset();
-    EXPECT_EQ(capture.output(), "");
-    EXPECT_EQ(input_.parentItem, nullptr);
-    makeFile(sceneFile, wholeScene);
-}
-
-TEST_F(ScenePlacement, videoWidgetDestroyed_of_anything_else_does_nothing) {
-    place();
-    const OutputCapture capture;
-    input_.videoWidgetDestroyed(other_.get());
-    input_.videoWidgetDestroyed(nullptr);
-    EXPECT_EQ(capture.output(), "");
-    EXPECT_EQ(input_.parentItem, parent_.get());
-    input_.videoWidgetDestroyed(parent_.get());
-    EXPECT_EQ(capture.output(), "REMOVE FROM DESTROYED\n");
-    EXPECT_EQ(input_.parentItem, nullptr);
-}
-
-TEST_F(ScenePlacement, videoWidgetDestroyed_without_a_video_item_does_nothing) {
-    input_.parentItem = parent_.get();
-    const OutputCapture capture;
-    input_.videoWidgetDestroyed(parent_.get());
-    EXPECT_EQ(capture.output(), "");
-    EXPECT_EQ(input_.parentItem, parent_.get());
-    input_.parentItem = nullptr;
-    input_.videoWidgetDestroyed(nullptr);
-    EXPECT_EQ(capture.output(), "");
-}
-
-TEST_F(ScenePlacement, survives_a_video_item_that_the_application_destroys) {
-    place();
-    delete input_.videoItem;
-    EXPECT_EQ(input_.videoItem, nullptr);
-    input_.doShowVideoItem(false);
-    EXPECT_TRUE(input_.waitItem->isVisible());
-    input_.removeVideoItem();
-    EXPECT_EQ(input_.getWidth(1), 0);
-}
-
-TEST_F(ScenePlacement, survives_a_wait_item_that_the_application_destroys) {
-    place();
-    delete input_.waitItem;
-    EXPECT_EQ(input_.waitItem, nullptr);
-    input_.doShowVideoItem(false);
-    (void)placing(other_.get());
-    input_.removeVideoItem();
-}
-
-TEST_F(ScenePlacement, survives_a_main_window_that_is_destroyed_before_the_items_are_parked) {
-    ZRVideoInputInterface::setMainWindow(window_.get());
-    place();
-    window_.reset();
-    input_.removeVideoItem();
-    EXPECT_EQ(input_.videoItem->parentItem(), nullptr);
-}
-
-TEST_F(ScenePlacement, survives_a_main_window_that_is_destroyed_while_the_items_are_parked) {
-    ZRVideoInputInterface::setMainWindow(window_.get());
-    place();
-    input_.removeVideoItem();
-    window_.reset();
-    ASSERT_NE(input_.videoItem, nullptr);
-    EXPECT_EQ(input_.videoItem->parentItem(), nullptr);
-    EXPECT_EQ(placing(other_.get()), "");
-    EXPECT_EQ(describe(input_.waitItem), "0 0 320x240 z0 shown");
-}
-
-TEST_F(ScenePlacement, waits_for_GStreamer_first) {
-    Input::gstInitDone = false;
-    GstCallSubstitute::isLogging = true;
-    GstCallSubstitute::insteadOfSleep = [] { Input::gstInitDone = true; };
-    input_.setVideoItem(nullptr, 0);
-    EXPECT_EQ(takeCalls(), Calls{"usleep 100000"});
 }
 
 }  // namespace

@@ -25,6 +25,7 @@
 #include <hardware/netlink/event_interface.h>
 #include <hardware/netlink/zr_netlink.h>
 #include <hardware/video_input/gstreamer_video_input/functional/zr_gstreamer_video_input.h>
+#include <hardware/video_input/zr_video_input_interface.h>
 #include <hardware/video_input/zr_video_setting.h>
 
 #include <cstdlib>
@@ -185,6 +186,28 @@ void useVideoInput() {
     CameraInput input;
     input.setupCameraInput(1);
     expect(input.videoSettings.size() == 1, "a set-up makes the record of its interface");
+
+    ZR::ZRVideoInputInterface* const face =
+        ZR::ZRVideoInputInterface::getInstance(ZR::VideoInputGstreamer, "camera");
+    expect(face == camera->qt_metacast("ZRVideoInputInterface"), "an input has its interface");
+    expect(std::string(camera->metaObject()->className()) == "ZR::ZRGstreamerVideoInput",
+           "an input is an object of Qt");
+    int asked = 0;
+    QObject::connect(camera, &Input::triggerTimedRestart,
+                     [&asked](int timeout) { asked = timeout; });
+    Q_EMIT camera->triggerTimedRestart(100);
+    expect(asked == 100, "a signal reaches the application");
+    camera->setStreamType(ZR::StreamUdpH264);
+    face->setCurrentInterface(5006);
+    face->start(1);
+    face->stop(1);
+    expect(face->isStopRequested() && face->getCurrentInterface() == 5006, "commands wait");
+    expect(!face->isRunning(1) && camera->getPipeline() == nullptr, "nothing has been started");
+    expect(camera->setRotation(1, -90) == 1 && face->getRotationSetting(1).degrees == 270,
+           "a rotation waits for its items");
+    expect(camera->getTransparentColor() == ZR::ZRColor(0x00010203), "an input has its colour");
+    face->handleQueuedCommands();
+    ZR::ZRVideoInputInterface::doQuit();
 
     ZR::VideoSetting setting;
     setting.rotation = 90;
