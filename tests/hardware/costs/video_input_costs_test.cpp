@@ -1,5 +1,7 @@
 #include <fcntl.h>
+#include <sys/syscall.h>
 
+#include <algorithm>
 #include <string>
 
 #include "hardware/video_input/gstreamer_video_input/functional/zr_gstreamer_video_input.h"
@@ -105,6 +107,46 @@ TEST_F(VideoInputCost, an_object_that_is_there_takes_no_call_and_no_heap) {
         costOf([&name] { return Input::getInstance(name) != nullptr ? 0U : 1U; });
     EXPECT_EQ(cost.result + cost.calls(), "0");
     EXPECT_EQ(cost.allocations, 0U);
+}
+
+TEST_F(VideoInputCost, commands_are_queued_without_a_call) {
+    const OperationCost start =
+        costOf([this] { return static_cast<unsigned int>(input_.start(0)); });
+    EXPECT_EQ(start.result + start.calls(), "0");
+    EXPECT_EQ(start.allocations, 0U) << "it waits already";
+    const OperationCost both =
+        costOf([this] { return static_cast<unsigned int>(input_.stop(0) + input_.start(0)); });
+    EXPECT_EQ(both.result + both.calls(), "0");
+    EXPECT_EQ(both.allocations, 2U);
+    int port = 5004;
+    const OperationCost change =
+        costOf([&] { return static_cast<unsigned int>(input_.setCurrentInterface(++port)); });
+    EXPECT_EQ(change.result + change.calls(), "0");
+}
+
+TEST_F(VideoInputCost, a_first_object_waits_for_nothing) {
+    Input::doInitialSetup();
+    // As if the one of the fixture were not there.
+    Input::busThreadLaunched = false;
+    const OperationCost cost =
+        costOfFirst([] { return Input::getInstance("first") != nullptr ? 0U : 1U; });
+    EXPECT_EQ(cost.result, "0");
+    EXPECT_TRUE(std::any_of(cost.trace.calls.begin(), cost.trace.calls.end(),
+                            [](const SystemCall& call) {
+                                return call.number == SYS_clone3 || call.number == SYS_clone;
+                            }))
+        << "no thread begun: " << cost.calls();
+    for (const char* const wait : {"nanosleep", "clock_nanosleep", "poll", "ppoll", "select",
+                                   "pselect6", "epoll_wait", "wait4", "futex"})
+        EXPECT_EQ(cost.trace.count(wait), 0U) << cost.calls();
+}
+
+TEST_F(VideoInputCost, a_further_object_takes_no_call) {
+    (void)Input::getInstance("first");
+    unsigned int number = 0;
+    const OperationCost cost = costOf(
+        [&number] { return Input::getInstance(std::to_string(++number)) != nullptr ? 0U : 1U; });
+    EXPECT_EQ(cost.result + cost.calls(), "0");
 }
 
 TEST_F(VideoInputCost, a_second_start_of_input_1_takes_no_ioctl_and_no_heap) {
