@@ -109,6 +109,7 @@ int main(int count, char** arguments) {
     compareFeatureDetection();
     compareLoading();
     compareCan();
+    compareVideoInputs();
     if (!compareCameras())
         board += "; no cameras";
     benchmark::AddCustomContext("board", board);

@@ -10,6 +10,7 @@ void compareLoading();
 void compareCan();
 /// False where the terminal's cameras are not there: nothing can stand for them.
 bool compareCameras();
+void compareVideoInputs();
 void compareNotifications();
 void compareEndPoints();
 
