@@ -35,9 +35,8 @@ enum ZRVideoCommand : int {
 /// All operations belong to the application's Qt thread, the one that made the object. The queue is
 /// also written by the thread that watches the streams, which queues a stop after an error. The
 /// list is deliberately not locked while it is changed: the mutex is taken and released before. An
-/// application that drains the queue often (every 50 ms, say) keeps it at one or two elements and
-/// the moment in which both sides could meet short; one that must exclude it stops the inputs whose
-/// streams fail.
+/// application that drains the queue often (every 50 ms, say) keeps it at one or two elements, and
+/// the moment in which both sides could meet at microseconds around the error of a stream.
 ///
 /// @par Interface numbers
 /// `input` is the 1-based number of an interface, 1 to 3 for the cameras, and the key of its stored
@@ -61,7 +60,8 @@ class ZRAPI_EXPORT ZRVideoInputInterface {
 
     /// Ends the thread that watches the streams, waits for its end (up to 125 ms and what it is
     /// busy with) and closes the capture devices. To be called once, when every input was stopped
-    /// and its queue drained, before the application's object is gone.
+    /// and its queue drained, before the application's object is gone. Nothing watches a stream that
+    /// plays on.
     static void doQuit();
 
     ZRVideoInputInterface() = default;
@@ -184,8 +184,8 @@ class ZRAPI_EXPORT ZRVideoInputInterface {
 
   protected:
     std::list<int> commandQueue;  ///< oldest first; changed without the lock
-    /// Taken and released before each use of the queue, not during it: kept, whoever relies on the
-    /// queue being unlocked inside a command may queue another one.
+    /// Taken and released before each use of the queue, not during it: kept, a command that is being
+    /// carried out may queue another one.
     std::mutex commandMutex;
 };
 

@@ -92,7 +92,8 @@ void reportWarning(GstMessage* message) {
     // Comes with every packet of some senders, and means nothing to anybody.
     if (warning == nullptr || warning->code == silencedWarning)
         return;
-    printLine({"GST Warning : ", warning->message, " (", Decimal(warning->code).text(), ")"});
+    printLine(
+        {"GST Warning : ", orElse(warning->message, ""), " (", Decimal(warning->code).text(), ")"});
 }
 
 void reportUnexpected(GstMessage* message) {

@@ -1,11 +1,13 @@
 #include <dlfcn.h>
 #include <gst/gst.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <condition_variable>
+#include <exception>
+#include <exception>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 #include "hardware/print_line_internal.h"
@@ -25,6 +27,7 @@ constexpr int readySteps = 10;
 struct StartUp {
     std::mutex mutex;
     std::condition_variable ended;
+    pid_t process = 0;  ///< the one that the threads run in, 0 before
     std::thread::id thread;
     bool running = false;
     bool processEnds = false;
@@ -73,20 +76,20 @@ void startGstreamer() {
     startBusThread();
 }
 
-/// From here on threads run in this library, and the process cannot do without it any more.
+}  // namespace
+
 void keepLibraryLoaded() {
     Dl_info here{};
     if (dladdr(reinterpret_cast<void*>(&keepLibraryLoaded), &here) != 0)
         (void)dlopen(here.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
-}  // namespace
-
 bool launchGstreamerStart() try {
     keepLibraryLoaded();
+    StartUp::get().process = ::getpid();
     std::thread(startGstreamer).detach();
     return true;
-} catch (const std::system_error&) {
+} catch (const std::exception&) {
     return false;
 }
 
@@ -102,6 +105,9 @@ void endBusThread() {
 
 void endGstreamerThreads() {
     StartUp& startUp = StartUp::get();
+    // A child that was forked has none of the threads, and perhaps a lock that one of them held.
+    if (startUp.process != ::getpid())
+        return;
     bool busThreadRuns = false;
     {
         std::unique_lock<std::mutex> lock(startUp.mutex);

@@ -4,6 +4,14 @@
 #include <utility>
 
 namespace ZR {
+namespace {
+
+void disconnectAll(const std::vector<QMetaObject::Connection>& connections) {
+    for (const QMetaObject::Connection& connection : connections)
+        QObject::disconnect(connection);
+}
+
+}  // namespace
 
 SceneWatch& SceneWatch::get() {
     static auto& watch = *new SceneWatch;
@@ -31,14 +39,17 @@ void SceneWatch::follow(const QObject* input, std::vector<QMetaObject::Connectio
         const std::lock_guard<std::mutex> lock(mutex_);
         std::swap(records_[input].connections, connections);
     }
-    for (const QMetaObject::Connection& replaced : connections)
-        QObject::disconnect(replaced);
+    disconnectAll(connections);
 }
 
 void SceneWatch::forget(const QObject* input) {
-    follow(input, {});
-    const std::lock_guard<std::mutex> lock(mutex_);
-    records_.erase(input);
+    std::map<const QObject*, Record>::node_type forgotten;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        forgotten = records_.extract(input);
+    }
+    if (!forgotten.empty())
+        disconnectAll(forgotten.mapped().connections);
 }
 
 bool isOnScreen(const QObject& input, const QQuickItem* parentItem, const QQuickItem* waitItem) {

@@ -1,5 +1,6 @@
 #include <QQuickItem>
 #include <QTimer>
+#include <algorithm>
 
 #include "hardware/decimal_internal.h"
 #include "hardware/print_line_internal.h"
@@ -17,7 +18,7 @@ void ZRGstreamerVideoInput::timedRestartStream(int p_timeout) {
     restartPending = true;
     Q_EMIT showVideoItem(false);
     // Precise: a coarse timer may come early by a twentieth.
-    QTimer::singleShot(p_timeout, Qt::PreciseTimer, this, SLOT(restartStream()));
+    QTimer::singleShot(std::max(p_timeout, 0), Qt::PreciseTimer, this, SLOT(restartStream()));
 }
 
 void ZRGstreamerVideoInput::restartStream() {
