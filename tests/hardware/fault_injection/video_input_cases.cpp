@@ -1,5 +1,6 @@
 #include <fcntl.h>
 
+#include <memory>
 #include <string>
 
 #include "hardware/video_input/gstreamer_video_input/functional/zr_gstreamer_video_input.h"
@@ -146,10 +147,63 @@ FaultCase gettingInstance() {
     return each;
 }
 
+/// An input with its first camera chosen.
+struct CameraInput : Input {
+    CameraInput() : Input("camera") {
+        setStreamType(StreamCamera);
+        currentInput = 1;
+    }
+};
+
+std::unique_ptr<CameraInput> camera;
+
+/// A process in which GStreamer is up, and a capture node that knows nothing of a selection.
+void openNodes() {
+    Input::busThreadLaunched = Input::gstInitDone = true;
+    camera = std::make_unique<CameraInput>();
+    for (int i = 0; i < 2; ++i) {
+        Input::fileDescriptors[i] = ::open(sharedNode, O_RDWR | O_CLOEXEC);
+        Input::fileDescriptorsSub[i] = ::open(sharedDecoder, O_RDWR | O_CLOEXEC);
+    }
+    Input::fileDescriptors[2] = Input::fileDescriptors[0];
+    Input::fileDescriptorsSub[2] = Input::fileDescriptorsSub[0];
+}
+
+/// What is printed comes behind it.
+FaultCase changingCamera() {
+    return {"changeInterfaceSlot",
+            layOut,
+            openNodes,
+            [] {
+                camera->changeInterfaceSlot();
+                return std::string("changed");
+            },
+            nullptr,
+            "changed",
+            {hides("ioctl", "a node without the selection has one camera only")}};
+}
+
+FaultCase quitting() {
+    FaultCase each{"doQuit",
+                   layOut,
+                   openNodes,
+                   [] {
+                       ZRVideoInputInterface::doQuit();
+                       return std::string(Input::quit ? "quit" : "runs");
+                   },
+                   nullptr,
+                   "quit",
+                   {}};
+    for (int i = 0; i < 6; ++i)
+        each.calls.push_back(hides("close", "nobody can do anything about it"));
+    return each;
+}
+
 }  // namespace
 
 std::vector<FaultCase> videoInputCases() {
-    return {discovering(), discoveringNothing(), enumeratingInVain(), gettingInstance()};
+    return {discovering(),     discoveringNothing(), enumeratingInVain(),
+            gettingInstance(), changingCamera(),     quitting()};
 }
 
 }  // namespace ZR::test

@@ -13,7 +13,9 @@ class GstReady : public VideoServiceTest {
     GstReady() {
         Input::gstInitDone = false;
         GstCallSubstitute::isLogging = true;
-        GstCallSubstitute::insteadOfSleep = [this] { Input::gstInitDone = ++sleeps_ == doneAfter_; };
+        GstCallSubstitute::insteadOfSleep = [this] {
+            Input::gstInitDone = ++sleeps_ == doneAfter_;
+        };
     }
 
     /// What a wait prints when GStreamer is up after @p sleeps of its sleeps.

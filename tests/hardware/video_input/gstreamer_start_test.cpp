@@ -194,6 +194,16 @@ TEST_F(GstreamerStartDeathTest, an_exit_while_GStreamer_is_initialised_waits_for
         testing::ExitedWithCode(0), "^initialised$");
 }
 
+TEST_F(GstreamerStartDeathTest, a_GStreamer_that_cannot_be_initialised_ends_the_process_itself) {
+    EXPECT_EXIT(
+        {
+            GstCallSubstitute::beforeInit = [] { std::exit(7); };
+            (void)Input::getInstance("camera");
+            (void)waitFor([] { return Input::gstInitDone; });
+        },
+        testing::ExitedWithCode(7), "^$");
+}
+
 TEST_F(GstreamerStartDeathTest, an_exit_while_the_bus_thread_runs_is_quiet) {
     EXPECT_EXIT(
         {

@@ -94,18 +94,47 @@ TEST_F(CaptureOutOfMemory, a_device_tree_that_does_not_fit_keeps_the_routing) {
     EXPECT_EQ(Input::advName, "adv7180 2-0021");
 }
 
-TEST_F(CaptureOutOfMemory, getInstance_returns_null_and_keeps_nothing) {
-    const std::string name = "an input with a long name";
-    Input::doInitialSetup();
+/// An object of Qt that gets no memory ends the process by itself: what Qt asks for is granted.
+class InstanceOutOfMemory : public CaptureOutOfMemory {
+  protected:
+    InstanceOutOfMemory() {
+        Input::doInitialSetup();
+        OperatorNewSubstitute::spared = "libQt5";
+    }
+
+    ~InstanceOutOfMemory() override { OperatorNewSubstitute::spared = nullptr; }
+
+    const std::string name_ = "an input with a long name";
+};
+
+TEST_F(InstanceOutOfMemory, getInstance_returns_null_and_keeps_nothing) {
+    Input::busThreadLaunched = true;
     const Input* made = nullptr;
-    const std::size_t refused = refuseEachAllocation([&] { made = Input::getInstance(name); },
+    const std::size_t refused = refuseEachAllocation([&] { made = Input::getInstance(name_); },
                                                      [&](std::size_t each) {
                                                          EXPECT_EQ(made, nullptr) << each;
                                                          EXPECT_TRUE(Input::instances.empty());
                                                      });
-    EXPECT_GT(refused, 2U);
+    // The object, its name, the key and the entry of the map.
+    EXPECT_GE(refused, 3U);
     EXPECT_NE(made, nullptr);
-    EXPECT_EQ(Input::getInstance(name), made);
+    EXPECT_EQ(Input::getInstance(name_), made);
+}
+
+TEST_F(InstanceOutOfMemory, a_start_up_thread_without_room_is_started_by_the_next_object) {
+    bool threadWasRefused = false;
+    for (std::size_t allowed = 0; !threadWasRefused && allowed < 20; ++allowed) {
+        Input::instances.clear();
+        OperatorNewSubstitute::allowedBefore = allowed;
+        OperatorNewSubstitute::failNext = true;
+        const Input* const made = Input::getInstance(name_);
+        OperatorNewSubstitute::failNext = false;
+        EXPECT_FALSE(Input::busThreadLaunched) << allowed;
+        threadWasRefused = made != nullptr;
+    }
+    EXPECT_TRUE(threadWasRefused);
+    EXPECT_NE(Input::getInstance("next"), nullptr);
+    EXPECT_TRUE(Input::busThreadLaunched);
 }
 
 TEST_F(CaptureOutOfMemory, what_could_not_be_set_up_is_set_up_by_the_next_start) {

@@ -74,9 +74,9 @@ TEST_F(Quitting, closes_a_descriptor_of_0_too) {
 
 TEST_F(Quitting, goes_on_after_a_close_that_fails) {
     for (const int error : {EIO, EINTR, EBADF})
-        EXPECT_EQ(closing({first, first + 1, -1, -1, first + 2, -1},
-                          {{}, {{SYS_close, 1, error, 0}}}),
-                  "200! 201 202 ");
+        EXPECT_EQ(
+            closing({first, first + 1, -1, -1, first + 2, -1}, {{}, {{SYS_close, 1, error, 0}}}),
+            "200! 201 202 ");
 }
 
 }  // namespace

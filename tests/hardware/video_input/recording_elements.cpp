@@ -205,17 +205,19 @@ void initialise(GTypeInstance* instance, gpointer type) {
     }
 }
 
-void add(const Factory& factory) {
+/// Types stay for the life of the process.
+GType typeOf(const Factory& factory) {
+    const std::string name = std::string("ZRRecording_") + factory.name;
+    const GType known = g_type_from_name(name.c_str());
+    if (known != G_TYPE_INVALID)
+        return known;
     GTypeInfo info{};
     info.class_size = sizeof(RecordingClass);
     info.class_init = initialiseClass;
     info.class_data = &factory;
     info.instance_size = sizeof(RecordingElement);
     info.instance_init = initialise;
-    const GType type = g_type_register_static(GST_TYPE_ELEMENT,
-                                              (std::string("ZRRecording_") + factory.name).c_str(),
-                                              &info, GTypeFlags{});
-    gst_element_register(nullptr, factory.name, GST_RANK_NONE, type);
+    return g_type_register_static(GST_TYPE_ELEMENT, name.c_str(), &info, GTypeFlags{});
 }
 
 }  // namespace
@@ -223,12 +225,13 @@ void add(const Factory& factory) {
 void RecordingElements::registerAll() {
     ::setenv("GST_REGISTRY_DISABLE", "yes", 1);
     gst_init(nullptr, nullptr);
+    answers().clear();
     addAll();
 }
 
 void RecordingElements::addAll() {
     for (const Factory& factory : factories())
-        add(factory);
+        gst_element_register(nullptr, factory.name, GST_RANK_NONE, typeOf(factory));
 }
 
 void RecordingElements::remove(const std::string& factory) {

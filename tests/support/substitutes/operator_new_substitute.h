@@ -11,6 +11,9 @@ struct OperatorNewSubstitute {
 
     /// How many allocations still succeed before the one that fails.
     static std::size_t allowedBefore;
+
+    /// Part of the path of a library whose own allocations neither fail nor count; null for none.
+    static const char* spared;
 };
 
 }  // namespace ZR::test
