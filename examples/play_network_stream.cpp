@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     });
     patience.start(patiencePeriod);
     if (seconds > 0)
-        QTimer::singleShot(seconds * 1000, &view, &QQuickView::close);
+        QTimer::singleShot(seconds * 1000, &view, SLOT(close()));
     (void)QGuiApplication::exec();
 
     (void)input.stop(0);

@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
     commands.start(commandPeriod);
 
     if (seconds > 0)
-        QTimer::singleShot(seconds * 1000, &view, &QQuickView::close);
+        QTimer::singleShot(seconds * 1000, &view, SLOT(close()));
     (void)QGuiApplication::exec();
 
     const bool shown = input.isRunning(0);

@@ -61,7 +61,7 @@ void refuseOthersOptions(const Arguments& arguments, const StreamType& type) {
 
 /// The address becomes part of a launch text, where these characters would mean something else.
 std::string parseUrl(const Arguments& arguments) {
-    const std::string url = arguments.value("--url").value_or("");
+    std::string url = arguments.value("--url").value_or("");
     const auto isUsable = [](char character) {
         return character > ' ' && character < 0x7F &&
                std::string("!\"'\\").find(character) == std::string::npos;

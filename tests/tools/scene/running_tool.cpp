@@ -59,7 +59,7 @@ std::string RunningTool::readLine() {
 
 QJsonObject RunningTool::awaitState(const QString& state) {
     for (;;) {
-        const QJsonObject next = document(readLine());
+        QJsonObject next = document(readLine());
         if (next["state"].toString() == state)
             return next;
     }
