@@ -10,7 +10,7 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using Input = ZR::ZRGstreamerVideoInput;
 
-constexpr long long preparationLimit = 30;    // seconds
+constexpr long long preparationLimit = 120;   // seconds; an emulated machine takes its time
 constexpr long long standstill = 2000;        // milliseconds without a new picture
 constexpr unsigned short networkKey = 0;      // the library's, while the port is its own
 constexpr unsigned short changedPortKey = 4;  // the library's, once another one was chosen

@@ -23,7 +23,7 @@ namespace {
 constexpr char program[] = "Xvfb";
 constexpr char nullDevice[] = "/dev/null";
 constexpr int notFound = 127;         // exit status
-constexpr long long startLimit = 30;  // seconds
+constexpr long long startLimit = 60;  // seconds
 constexpr long long endLimit = 5;     // seconds
 constexpr std::chrono::milliseconds endPoll(10);
 
