@@ -1,5 +1,7 @@
 // What an application does to the items that carry a picture, while it plays.
 
+#include <cstdlib>
+
 #include "tests/scene/faults/fault_test.h"
 #include "tests/scene/support/stream_source.h"
 
@@ -126,6 +128,46 @@ TEST_F(ItemFault, the_main_window_destroyed_while_items_are_parked_leaves_them_w
     delete item_;
     expectParkedUnder(nullptr);
     expectPlaysAgain();
+}
+
+/// Of a child that did not come as far as it should, and of one in which the stream went on.
+constexpr int tooEarly = 3;
+constexpr int playedOn = 4;
+
+/// The window is not the scene's, so that the application survives it.
+[[noreturn]] void loseWindowWhilePlaying() {
+    {
+        const TimedOutput output;
+        VideoScene scene;
+        ZRGstreamerVideoInput& input = scene.input();
+        const StreamSource source(StreamUdpJpeg);
+        auto window = std::make_unique<QQuickWindow>();
+        bool rendered = false;
+        QObject::connect(window.get(), &QQuickWindow::frameSwapped, window.get(),
+                         [&rendered] { rendered = true; });
+        window->resize(Scene::width, Scene::height);
+        window->show();
+        ZRVideoInputInterface::setMainWindow(window->contentItem());
+        auto* const item = new QQuickItem(window->contentItem());
+        item->setSize(window->size());
+        input.setVideoItem(item, 0);
+        if (!scene.waitUntil([&] { return rendered; }))
+            std::_Exit(tooEarly);
+        source.chooseFor(input);
+        input.start(0);
+        const QRect whole(0, 0, Scene::width, Scene::height);
+        if (!scene.waitUntil([&] { return quartersOf(window->grabWindow(), whole) == upright; }))
+            std::_Exit(tooEarly);
+        window.reset();
+        if (output.count(removed) != 1 || input.isRunning(0))
+            std::_Exit(playedOn);
+        scene.runFor(0.3);
+    }
+    std::exit(0);
+}
+
+TEST(WindowFault, destroyed_while_playing_stops_the_stream_and_the_process_ends_with_status_0) {
+    EXPECT_EXIT(loseWindowWhilePlaying(), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
