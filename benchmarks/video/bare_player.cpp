@@ -3,6 +3,7 @@
 #include <QQuickItem>
 #include <QTimer>
 #include <QUrl>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -20,7 +21,7 @@ void fill(QQuickItem& item, QQuickItem& place, bool visible) {
     item.setVisible(visible);
 }
 
-class BarePlayer : public Player {
+class BarePlayer final : public Player {
   public:
     explicit BarePlayer(const PlayerPlan& plan)
         : launchText_(udpLaunchText(plan.streamType, plan.port)) {
@@ -30,6 +31,15 @@ class BarePlayer : public Player {
         item_ = scene_->findChild<QQuickItem*>("videoItem");
         fill(*scene_->findChild<QQuickItem*>("waitItemCamera"), plan.place, false);
         fill(*item_, plan.place, true);
+        for (QTimer* const timer : {&lossTimer_, &restartTimer_}) {
+            timer->setSingleShot(true);
+            timer->setTimerType(Qt::PreciseTimer);
+        }
+        QObject::connect(&lossTimer_, &QTimer::timeout, &lossTimer_, [this] {
+            restartTimer_.start(failedStreamDelay);
+            noticed_();
+        });
+        QObject::connect(&restartTimer_, &QTimer::timeout, &restartTimer_, [this] { restart(); });
     }
     ~BarePlayer() override {
         tearDown();
@@ -58,26 +68,29 @@ class BarePlayer : public Player {
         pipeline_.reset();
     }
     void restartWhenLost(std::function<void()> noticed, std::function<void()> built) override {
-        // That it is lost shows in nothing but a second without a packet.
-        QTimer::singleShot(lostAfter, Qt::PreciseTimer, item_,
-                           [this, noticed = std::move(noticed), built = std::move(built)] {
-                               QTimer::singleShot(failedStreamDelay, Qt::PreciseTimer, item_,
-                                                  [this, built] {
-                                                      tearDown();
-                                                      build();
-                                                      built();
-                                                      play();
-                                                  });
-                               noticed();
-                           });
+        noticed_ = std::move(noticed);
+        built_ = std::move(built);
+        lossTimer_.start(lostAfter);
     }
 
     GstElement* sink() override { return borrowByName(pipeline_.get(), "videoSink"); }
     const QQuickItem& item() override { return *item_; }
 
   private:
+    /// That a sender is lost shows in nothing but this time without a packet.
     static constexpr int lostAfter = 1000;  // ms
 
+    void restart() {
+        tearDown();
+        build();
+        built_();
+        play();
+    }
+
+    QTimer lossTimer_;
+    QTimer restartTimer_;
+    std::function<void()> noticed_;
+    std::function<void()> built_;
     std::string launchText_;
     std::unique_ptr<QObject> scene_;
     QQuickItem* item_ = nullptr;

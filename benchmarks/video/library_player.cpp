@@ -17,7 +17,7 @@ constexpr std::chrono::milliseconds drainPeriod(50);
 /// The same where it is part of what is measured.
 constexpr std::chrono::milliseconds shortDrainPeriod(5);
 
-class LibraryPlayer : public Player {
+class LibraryPlayer final : public Player {
   public:
     explicit LibraryPlayer(const PlayerPlan& plan)
         : input_(*ZRGstreamerVideoInput::getInstance("video " + std::to_string(plan.number))),

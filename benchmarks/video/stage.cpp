@@ -1,7 +1,5 @@
 #include "benchmarks/video/stage.h"
 
-#include <QCoreApplication>
-#include <QEventLoop>
 #include <QTimer>
 #include <utility>
 
@@ -98,25 +96,21 @@ void Stage::runUntilDrawn() {
 }
 
 void Stage::wake() {
-    QMetaObject::invokeMethod(qApp, [this] {
-        if (waiting_ != nullptr)
-            waiting_->quit();
-    });
+    QMetaObject::invokeMethod(&pictureLoop_, "quit", Qt::QueuedConnection);
 }
 
 bool Stage::runUntilPicture() {
-    QEventLoop loop;
-    QTimer::singleShot(patience, &loop, &QEventLoop::quit);
-    waiting_ = &loop;
+    QTimer limit;
+    QObject::connect(&limit, &QTimer::timeout, &pictureLoop_, &QEventLoop::quit);
+    limit.start(patience);
     if (watch_.arrival().onScreen < 0)
-        loop.exec();
-    waiting_ = nullptr;
+        pictureLoop_.exec();
     return watch_.arrival().onScreen >= 0;
 }
 
 void Stage::run(std::chrono::milliseconds time) {
     QEventLoop loop;
-    QTimer::singleShot(time, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    QTimer::singleShot(static_cast<int>(time.count()), Qt::PreciseTimer, &loop, SLOT(quit()));
     loop.exec();
 }
 

@@ -2,14 +2,13 @@
 
 #include <gst/gst.h>
 
+#include <QEventLoop>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <atomic>
 #include <chrono>
 #include <functional>
 #include <vector>
-
-class QEventLoop;
 
 namespace ZR::benchmarks {
 
@@ -75,7 +74,7 @@ class Stage {
   private:
     void wake();
 
-    QEventLoop* waiting_ = nullptr;
+    QEventLoop pictureLoop_;
     QQuickWindow window_;
     PictureWatch watch_;
     std::vector<QQuickItem*> places_;  ///< the window's

@@ -130,6 +130,8 @@ std::string Viewer::start(bool anew) {
         only.tearDown();
     else
         only.build();
+    // What was torn down is dropped meanwhile, on the bus thread too.
+    Stage::run(calm);
     const bool shown = showFirstPicture(only);
     const Arrival arrival = stage_->watch().arrival();
     only.stop();
