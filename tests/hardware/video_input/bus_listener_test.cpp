@@ -165,6 +165,58 @@ TEST_F(BusListener, knows_whether_an_item_is_visible_from_what_the_Qt_thread_has
     input.videoItem = nullptr;
 }
 
+/// A pipeline that is replaced while the bus thread may be looking at it.
+class ReplacedPipeline : public BusListener {
+  protected:
+    /// Lets the bus thread look at the input's pipeline once at least.
+    void beginWalking() {
+        post(input_, warning(1));
+        const OutputCapture capture;
+        begin();
+        EXPECT_TRUE(waitFor([&] { return !capture.output().empty(); }));
+    }
+
+    /// Replaces the pipeline; who drops it says so.
+    void replace() {
+        g_object_weak_ref(
+            G_OBJECT(input_.pipeline),
+            [](gpointer test, GObject* /*object*/) {
+                auto* const self = static_cast<ReplacedPipeline*>(test);
+                self->droppedBy_ = std::this_thread::get_id();
+                self->isDropped_ = true;
+            },
+            this);
+        input_.reset();
+    }
+
+    TestInput& input_ = add("a");
+    std::thread::id droppedBy_;
+    std::atomic<bool> isDropped_ = false;
+};
+
+TEST_F(ReplacedPipeline, is_dropped_by_the_bus_thread_between_two_walks) {
+    beginWalking();
+    replace();
+    EXPECT_EQ(input_.pipeline, nullptr);
+    EXPECT_TRUE(waitFor([this] { return isDropped_.load(); }));
+    EXPECT_NE(droppedBy_, std::this_thread::get_id());
+}
+
+TEST_F(ReplacedPipeline, is_dropped_at_once_when_the_bus_thread_is_over) {
+    beginWalking();
+    end();
+    replace();
+    EXPECT_TRUE(isDropped_);
+    EXPECT_EQ(droppedBy_, std::this_thread::get_id());
+}
+
+TEST_F(ReplacedPipeline, is_gone_once_the_bus_thread_is_over) {
+    beginWalking();
+    replace();
+    end();
+    EXPECT_TRUE(isDropped_);
+}
+
 /// Whoever asks how long ago the server was started.
 class SilentServer : public BusListener {
   protected:

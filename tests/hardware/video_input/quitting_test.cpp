@@ -2,7 +2,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <string>
 
 #include "tests/hardware/video_input/capture_board.h"
 #include "tests/support/system_call_tracer.h"
@@ -29,10 +31,9 @@ class Quitting : public CaptureTest {
     static std::string closing(std::array<int, 6> descriptors, const FaultPlan& plan = {}) {
         const Trace trace = traceSystemCalls(
             [&descriptors](TracedRun& run) {
-                for (int i = 0; i < 3; ++i) {
-                    const auto at = static_cast<std::size_t>(2 * i);
-                    Input::fileDescriptors[i] = descriptors[at];
-                    Input::fileDescriptorsSub[i] = descriptors[at + 1];
+                for (std::size_t i = 0; i < 3; ++i) {
+                    Input::fileDescriptors[i] = descriptors[2 * i];
+                    Input::fileDescriptorsSub[i] = descriptors[2 * i + 1];
                 }
                 const int source = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
                 for (const int descriptor : descriptors)
