@@ -6,6 +6,7 @@
 #include <QQuickItem>
 #include <QUrl>
 #include <memory>
+#include <vector>
 
 #include "hardware/print_line_internal.h"
 #include "hardware/video_input/gstreamer_video_input/functional/scene_watch_internal.h"
@@ -26,14 +27,20 @@ QQmlEngine& sceneEngine() {
     return qmlEngine;
 }
 
-/// What the file's component makes, null when QML finds a fault in it. Nobody deletes it: the items
-/// that are shown hang on it.
+/// What the files' components made. Nobody deletes it: the items that are shown hang on it. Held, so
+/// that it does not count as lost when the inputs are gone.
+std::vector<const QObject*>& keptScenes() {
+    static auto& scenes = *new std::vector<const QObject*>;
+    return scenes;
+}
+
+/// What the file's component makes, null when QML finds a fault in it.
 QQuickItem* loadScene() {
     QQmlComponent component(&sceneEngine(), QUrl::fromLocalFile(sceneFile));
     std::unique_ptr<QObject> root(component.create());
     auto* const item = qobject_cast<QQuickItem*>(root.get());
     if (item != nullptr)
-        (void)root.release();
+        keptScenes().push_back(root.release());
     return item;
 }
 
