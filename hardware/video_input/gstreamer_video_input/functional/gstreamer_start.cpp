@@ -6,7 +6,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <exception>
-#include <exception>
 #include <mutex>
 #include <thread>
 
