@@ -56,7 +56,6 @@ TEST_F(GivingUp, follows_ten_restarts_whatever_happens_in_between) {
     recover(recovering, corners[3]);
 
     ASSERT_TRUE(scene_.waitUntil([&] { return isGivenUp(closed); }, 40));
-    EXPECT_TRUE(isAfter(output_.linesOf(gaveUp)[0].when, begin, 11000));
     const int failuresOfClosed = closed.failures();
     for (const WatchedInput* const one : {&h264, &jpeg, &recovering})
         ASSERT_TRUE(scene_.waitUntil([&] { return isGivenUp(*one); }, 60));
