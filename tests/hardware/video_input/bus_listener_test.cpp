@@ -90,6 +90,19 @@ TEST_F(BusListener, pops_for_100_ms_until_there_is_no_message_then_pauses_25_ms)
     EXPECT_EQ(calls, (Calls{pop, pop, "nanosleep 25000000", pop}));
 }
 
+TEST_F(BusListener, leaves_the_messages_that_wait_when_it_sees_quit) {
+    TestInput& input = add("a");
+    QObject::connect(
+        &input, &ZRGstreamerVideoInput::showVideoItem, &input, [] { Input::quit = true; },
+        Qt::DirectConnection);
+    GstCallSubstitute::states = {GST_STATE_PLAYING};
+    post(input, gst_message_new_async_done(nullptr, 0));
+    post(input, warning(6));
+    const OutputCapture capture;
+    Input::gstBusListener(nullptr);
+    EXPECT_EQ(capture.output(), "");
+}
+
 TEST_F(BusListener, passes_over_inputs_without_a_pipeline_and_names_without_an_object) {
     add("a", false);
     Input::instances["b"] = nullptr;

@@ -1,3 +1,6 @@
+#include <atomic>
+#include <thread>
+
 #include "tests/hardware/video_input/scene_test.h"
 
 // What becomes of the two items once they are placed.
@@ -167,6 +170,33 @@ TEST_F(SceneItems, videoWidgetDestroyed_without_a_video_item_does_nothing) {
     input_.parentItem = nullptr;
     input_.videoWidgetDestroyed(nullptr);
     EXPECT_EQ(capture.output(), "");
+}
+
+/// As the bus thread asks.
+bool asksForRestart(TestInput& input) {
+    std::atomic<bool> asked = false;
+    const auto noting = QObject::connect(
+        &input, &ZRGstreamerVideoInput::errorDetected, &input, [&asked] { asked = true; },
+        Qt::DirectConnection);
+    input.streaming = true;
+    std::thread([&input] {
+        const OutputCapture quiet;
+        input.handleBusMessage(gst_message_new_eos(nullptr));
+    }).join();
+    QObject::disconnect(noting);
+    return asked;
+}
+
+TEST_F(SceneItems, a_wait_item_alone_counts_as_on_screen_while_it_is_visible) {
+    EXPECT_FALSE(asksForRestart(input_));
+    input_.createVideoAndWaitItem();
+    EXPECT_TRUE(asksForRestart(input_));
+    input_.waitItem->setVisible(false);
+    EXPECT_FALSE(asksForRestart(input_));
+    input_.waitItem->setVisible(true);
+    EXPECT_TRUE(asksForRestart(input_));
+    delete input_.waitItem;
+    EXPECT_FALSE(asksForRestart(input_));
 }
 
 TEST_F(SceneItems, survives_a_video_item_that_the_application_destroys) {

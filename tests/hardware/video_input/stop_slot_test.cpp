@@ -94,6 +94,8 @@ class ChangeInterfaceSlot : public PlacedVideoTest {
   protected:
     ChangeInterfaceSlot() {
         input_.setStreamType(StreamUdpH264);
+        // Nobody may ask them; whoever does is logged.
+        Devices::devices[-1] = Devices::devices[0] = {};
         Input::fileDescriptors[0] = Input::fileDescriptors[2] = 10;
         Input::fileDescriptors[1] = 11;
     }
