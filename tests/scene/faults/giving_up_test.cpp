@@ -55,7 +55,7 @@ TEST_F(GivingUp, follows_ten_restarts_whatever_happens_in_between) {
     start(recovering, StreamUdpJpeg, corners[3]);
     recover(recovering, corners[3]);
 
-    ASSERT_TRUE(scene_.waitUntil([&] { return isGivenUp(closed); }, 40));
+    ASSERT_TRUE(scene_.waitUntil([&] { return isGivenUp(closed); }, 60));
     const int failuresOfClosed = closed.failures();
     for (const WatchedInput* const one : {&h264, &jpeg, &recovering})
         ASSERT_TRUE(scene_.waitUntil([&] { return isGivenUp(*one); }, 60));
