@@ -167,7 +167,11 @@ TEST_F(GstreamerStart, is_undone_by_doQuit_within_a_message_wait_and_a_pause) {
     EXPECT_LT(Clock::now() - begin, milliseconds(125 + 2000)) << "with room for a busy machine";
 }
 
-using GstreamerStartDeathTest = GstreamerStart;
+class GstreamerStartDeathTest : public GstreamerStart {
+  protected:
+    // The log is destroyed while one thread exits and another goes on.
+    GstreamerStartDeathTest() { GstCallSubstitute::isLogging = false; }
+};
 
 TEST_F(GstreamerStartDeathTest, an_exit_within_the_first_second_is_quiet) {
     EXPECT_EXIT(
@@ -220,7 +224,6 @@ TEST_F(GstreamerStartDeathTest, an_exit_with_a_pipeline_that_was_stopped_is_quie
             Input* const input = Input::getInstance("camera");
             (void)waitFor([] { return isBusThreadRunning(); });
             input->setStreamType(StreamCamera);
-            GstCallSubstitute::isLogging = false;
             const OutputCapture quiet;
             input->init();
             std::exit(input->getPipeline() != nullptr ? 0 : 1);
