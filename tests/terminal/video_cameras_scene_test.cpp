@@ -1,8 +1,10 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "camera_scene.h"
 #include "tests/scene/support/streams.h"
@@ -32,16 +34,27 @@ std::string readByV4l2Ctl(int input, const std::string& control) {
     return saidBy("v4l2-ctl -d " + nodeOf(captureEntity(input)) + " -C " + control);
 }
 
-/// How many descriptors of video nodes the process has.
-int openVideoNodes() {
-    int count = 0;
+/// The capture nodes that the process has open, one entry a descriptor.
+Lines openCaptureNodes() {
+    Lines nodes;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         std::error_code gone;
-        const std::string file = std::filesystem::read_symlink(entry.path(), gone).string();
-        if (file.rfind("/dev/v", 0) == 0)
-            ++count;
+        std::string file = std::filesystem::read_symlink(entry.path(), gone).string();
+        if (file.rfind("/dev/video", 0) == 0)
+            nodes.push_back(std::move(file));
     }
-    return count;
+    return nodes;
+}
+
+/// Whether all descriptors that discovery left open are closed. The decoders have others besides:
+/// the media controller's library keeps its own.
+bool areCaptureDevicesClosed() {
+    for (const int input : {0, 1, 2})
+        for (const int descriptor : {ZRGstreamerVideoInput::fileDescriptors[input],
+                                     ZRGstreamerVideoInput::fileDescriptorsSub[input]})
+            if (::fcntl(descriptor, F_GETFD) != -1)
+                return false;
+    return true;
 }
 
 /// A sender of small white JPEG pictures, four a second, that ends with this object.
@@ -114,7 +127,6 @@ TEST_F(VideoCamerasScene, picture_values_reach_the_driver_while_it_plays_and_at_
 
 TEST_F(VideoCamerasScene,
        cameras_and_network_streams_play_side_by_side_until_the_application_quits) {
-    const int before = openVideoNodes();
     const int ports[] = {freeUdpPort(), freeUdpPort()};
     const QRect areas[] = {{0, 200, 40, 40}, {240, 200, 40, 40}};
     const JpegSender first(ports[0]);
@@ -136,10 +148,13 @@ TEST_F(VideoCamerasScene,
         })) << area.left();
     EXPECT_TRUE(scene().input("rear").isRunning(3));
     EXPECT_TRUE(scene().input("side").isRunning(2));
-    EXPECT_LT(before + 4, openVideoNodes());
+    EXPECT_LE(4U, openCaptureNodes().size());
+    EXPECT_FALSE(areCaptureDevicesClosed());
     scene().stopInputs();
     scene().quit();
-    EXPECT_EQ(before, openVideoNodes());
+    // GStreamer has each node open once more for as long as somebody keeps a buffer of its pool.
+    EXPECT_GE(2U, openCaptureNodes().size());
+    EXPECT_TRUE(areCaptureDevicesClosed());
     for (const int input : {0, 1})
         EXPECT_EQ("stopped", saidBy("sed -n 's/^stream //p' /sys/kernel/debug/zr_terminal/" +
                                     captureKnobs(input) + "/state"));
