@@ -126,12 +126,17 @@ TEST_F(RtspFault, each_server_that_gives_no_picture_is_tried_again_until_it_does
         EXPECT_TRUE(scene_.waitForPictures(one.area)) << one.mode;
     }
     expectOnlyFailureLines();
-    EXPECT_EQ(output_.count(restartIn10000), 1);
-    EXPECT_EQ(hanging.input.restarts(), 0U);
+    // On a busy machine the fourth may have been restarted meanwhile; sooner it may not.
+    const unsigned int restartsOfHanging = hanging.input.restarts();
+    if (restartsOfHanging == 0)
+        EXPECT_EQ(output_.count(restartIn10000), 1);
+    else
+        EXPECT_GE(Clock::now() - noticed, std::chrono::seconds(10));
     EXPECT_EQ(hidden.failures(), 0);
     hanging.server->kill();
     hanging.server = serveRtsp("good", hanging.port);
-    EXPECT_TRUE(isAfter(waitForRestarts(hanging.input, 1), noticed, 10000));
+    const auto restarted = waitForRestarts(hanging.input, restartsOfHanging + 1, 40);
+    EXPECT_GE(restarted - noticed, std::chrono::seconds(10));
     EXPECT_TRUE(scene_.waitForQuarters(hanging.area, upright));
     EXPECT_TRUE(scene_.waitForPictures(hanging.area));
 }
