@@ -23,6 +23,28 @@ constexpr int patiencePeriod = 60000;  // ms; ten restarts that fail take about 
 const std::map<std::string, int> types = {
     {"udp-h264", ZR::StreamUdpH264}, {"udp-jpeg", ZR::StreamUdpJpeg}, {"rtsp", ZR::StreamRtsp}};
 
+/// Places the input once GStreamer is ready, starts it once its items were through a frame, and
+/// carries out its commands: nothing happens without.
+void playIn(QQuickItem* place, ZR::ZRGstreamerVideoInput& input, QQuickView& view) {
+    auto* const commands = new QTimer(&view);
+    QObject::connect(commands, &QTimer::timeout, &view, [&, place, placed = false]() mutable {
+        if (!ZR::ZRGstreamerVideoInput::gstInitDone)
+            return;
+        if (!std::exchange(placed, true)) {
+            input.setVideoItem(place, ZR::ZRColor());
+            QObject::connect(&view, &QQuickView::frameSwapped, &view, [&, frames = 0]() mutable {
+                if (++frames == 2)  // the first may have begun without the items
+                    (void)input.start(0);
+                else if (frames == 1)
+                    view.update();
+            });
+            view.update();
+        }
+        input.handleQueuedCommands();
+    });
+    commands->start(commandPeriod);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -34,7 +56,6 @@ int main(int argc, char** argv) {
         std::cerr << "usage: play_network_stream udp-h264|udp-jpeg|rtsp PORT|URL [SECONDS]\n";
         return 2;
     }
-
     QGuiApplication application(argc, argv);
     QQuickView view(QUrl::fromLocalFile("play_network_stream.qml"));
     QQuickItem* const root = view.rootObject();
@@ -42,7 +63,6 @@ int main(int argc, char** argv) {
         std::cerr << "run play_network_stream in the folder that holds its QML files\n";
         return 1;
     }
-
     auto* const place = root->findChild<QQuickItem*>("place");
     ZR::ZRVideoInputInterface::setMainWindow(view.contentItem());
     auto& input = *ZR::ZRGstreamerVideoInput::getInstance("network");
@@ -50,33 +70,12 @@ int main(int argc, char** argv) {
     input.setRTSPURL(argv[2]);
     (void)input.setCurrentInterface(port);
     view.show();
-
-    // Once GStreamer is ready the input is placed; once its items were through a frame it starts.
-    // The timer carries out the commands: nothing happens without.
-    bool placed = false;
-    bool started = false;
-    QObject::connect(&view, &QQuickView::frameSwapped, &application, [&] {
-        if (placed && !std::exchange(started, true))
-            (void)input.start(0);
-    });
-    QTimer commands;
-    QObject::connect(&commands, &QTimer::timeout, [&] {
-        if (!ZR::ZRGstreamerVideoInput::gstInitDone)
-            return;
-        if (!std::exchange(placed, true)) {
-            input.setVideoItem(place, ZR::ZRColor());
-            view.update();
-        }
-        input.handleQueuedCommands();
-    });
-    commands.start(commandPeriod);
-
+    playIn(place, input, view);
     bool playing = false;
     QObject::connect(&input, &ZR::ZRGstreamerVideoInput::showVideoItem, root, [&](bool show) {
         playing = show;
         root->setProperty("playing", show);
     });
-
     // The library restarts a failed stream by itself, ten times. To place an input where it is
     // begins the count anew, and to start one that plays does nothing.
     QTimer patience;
@@ -89,6 +88,7 @@ int main(int argc, char** argv) {
         QTimer::singleShot(seconds * 1000, &view, SLOT(close()));
     (void)QGuiApplication::exec();
 
+    // The order matters: the stream, its items, the library's threads, then the window.
     (void)input.stop(0);
     input.handleQueuedCommands();
     ZR::ZRVideoInputInterface::setMainWindow(nullptr);

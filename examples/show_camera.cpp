@@ -18,6 +18,41 @@ namespace {
 
 constexpr int commandPeriod = 50;  // ms
 
+/// Starts the input once its items were through a frame. The first one may have begun without them.
+void startAfterFrame(ZR::ZRGstreamerVideoInput& input, QQuickView& view) {
+    QObject::connect(&view, &QQuickView::frameSwapped, &view, [&, frames = 0]() mutable {
+        if (++frames == 2)
+            (void)input.start(0);
+        else if (frames < 2)
+            view.update();
+    });
+    view.update();
+}
+
+/// Places the input once GStreamer is ready, and carries out its commands: nothing happens without.
+void playIn(QQuickItem* place, ZR::ZRGstreamerVideoInput& input, QQuickView& view) {
+    auto* const commands = new QTimer(&view);
+    QObject::connect(commands, &QTimer::timeout, &view, [&, place, placed = false]() mutable {
+        if (!ZR::ZRGstreamerVideoInput::gstInitDone)
+            return;
+        if (!std::exchange(placed, true)) {
+            input.setVideoItem(place, ZR::ZRColor());
+            startAfterFrame(input, view);
+        }
+        input.handleQueuedCommands();
+    });
+    commands->start(commandPeriod);
+}
+
+/// The order matters: the stream, its items, the library's threads, then the window.
+void leave(ZR::ZRGstreamerVideoInput& input) {
+    (void)input.stop(0);
+    input.handleQueuedCommands();
+    ZR::ZRVideoInputInterface::setMainWindow(nullptr);
+    input.removeVideoItem();
+    ZR::ZRVideoInputInterface::doQuit();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -45,26 +80,7 @@ int main(int argc, char** argv) {
     (void)input.setCurrentInterface(camera[0] - '0');
 
     view.show();
-
-    // Once GStreamer is ready the input is placed; once its items were through a frame it starts.
-    // The timer carries out the commands: nothing happens without.
-    bool placed = false;
-    bool started = false;
-    QObject::connect(&view, &QQuickView::frameSwapped, &application, [&] {
-        if (placed && !std::exchange(started, true))
-            (void)input.start(0);
-    });
-    QTimer commands;
-    QObject::connect(&commands, &QTimer::timeout, [&] {
-        if (!ZR::ZRGstreamerVideoInput::gstInitDone)
-            return;
-        if (!std::exchange(placed, true)) {
-            input.setVideoItem(place, ZR::ZRColor());
-            view.update();
-        }
-        input.handleQueuedCommands();
-    });
-    commands.start(commandPeriod);
+    playIn(place, input, view);
 
     if (seconds > 0)
         QTimer::singleShot(seconds * 1000, &view, SLOT(close()));
@@ -73,11 +89,6 @@ int main(int argc, char** argv) {
     const bool shown = input.isRunning(0);
     std::cout << "camera " << camera << (shown ? " was shown\n" : " gives no picture\n");
 
-    // The order matters: the stream, its items, the library's threads, then the window.
-    (void)input.stop(0);
-    input.handleQueuedCommands();
-    ZR::ZRVideoInputInterface::setMainWindow(nullptr);
-    input.removeVideoItem();
-    ZR::ZRVideoInputInterface::doQuit();
+    leave(input);
     return shown ? 0 : 1;
 }

@@ -127,15 +127,16 @@ TEST_F(VideoCamerasScene, picture_values_reach_the_driver_while_it_plays_and_at_
 
 TEST_F(VideoCamerasScene,
        cameras_and_network_streams_play_side_by_side_until_the_application_quits) {
-    const int ports[] = {freeUdpPort(), freeUdpPort()};
-    const QRect areas[] = {{0, 200, 40, 40}, {240, 200, 40, 40}};
+    const int ports[] = {freeUdpPort(), freeUdpPort(), freeUdpPort()};
+    const QRect areas[] = {{0, 200, 40, 40}, {240, 200, 40, 40}, {440, 200, 40, 40}};
     const JpegSender first(ports[0]);
     const JpegSender second(ports[1]);
+    const JpegSender third(ports[2]);
     play(3, left, "rear");
     play(2, right, "side");
     EXPECT_EQ("input 2 PAL", shownEventually("input 2 PAL", left));
     EXPECT_EQ("input 1 PAL", shownEventually("input 1 PAL", right));
-    for (const int stream : {0, 1}) {
+    for (const int stream : {0, 1, 2}) {
         ZRGstreamerVideoInput& input = scene().input("network " + std::to_string(stream));
         scene().place(input, areas[stream]);
         input.setStreamType(StreamUdpJpeg);
