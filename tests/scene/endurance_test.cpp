@@ -25,7 +25,7 @@ constexpr long toleratedKilobytes = 256 * 1024;
 #else
 constexpr int cycles = 1000;
 /// What the heap's own fragments may add.
-constexpr long toleratedKilobytes = 4 * 1024;
+constexpr long toleratedKilobytes = 4L * 1024;
 #endif
 /// Until then caches, pools and threads that are kept have been made.
 constexpr int warmCycles = 50;

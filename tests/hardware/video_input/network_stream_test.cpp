@@ -52,12 +52,12 @@ Calls withSink(Calls calls) {
 }
 
 TEST_F(NetworkStream, of_h264_over_udp_is_built_from_its_text) {
-    EXPECT_EQ(
-        building(StreamUdpH264),
-        withSink({"udpsrc timeout=1000000000", "udpsrc buffer-size=2097152", "udpsrc port=5004",
-                  "udpsrc caps=application/x-rtp, media=(string)video, clock-rate=(int)90000, "
-                  "encoding-name=(string)H264, payload=(int)96",
-                  "rtpjitterbuffer do-lost=true"}));
+    const std::string caps =
+        "udpsrc caps=application/x-rtp, media=(string)video, clock-rate=(int)90000, "
+        "encoding-name=(string)H264, payload=(int)96";
+    EXPECT_EQ(building(StreamUdpH264),
+              withSink({"udpsrc timeout=1000000000", "udpsrc buffer-size=2097152",
+                        "udpsrc port=5004", caps, "rtpjitterbuffer do-lost=true"}));
     EXPECT_EQ(chain(),
               "udpsrc rtpjitterbuffer rtph264depay h264parse v4l2h264dec glupload glcolorconvert "
               "qmlglsink");

@@ -1,5 +1,6 @@
 #include "tests/scene/support/pattern.h"
 
+#include <cstddef>
 #include <cstring>
 
 namespace ZR::test {
@@ -26,8 +27,8 @@ void fill(const std::array<std::uint8_t*, 3>& planes, const std::array<int, 3>& 
     for (std::size_t plane = 0; plane < planes.size(); ++plane) {
         const int part = plane == 0 ? 1 : 2;
         for (int line = area.top / part; line < (area.top + area.height) / part; ++line)
-            std::memset(planes[plane] + line * strides[plane] + area.left / part, values[plane],
-                        static_cast<std::size_t>(area.width / part));
+            std::memset(planes[plane] + std::ptrdiff_t{line} * strides[plane] + area.left / part,
+                        values[plane], static_cast<std::size_t>(area.width / part));
     }
 }
 
