@@ -28,6 +28,10 @@ function(zrapi_install_pkg_config name description requires)
   set(ZRAPI_PC_REQUIRES "${requires}")
   list(TRANSFORM ARGN PREPEND " -l" OUTPUT_VARIABLE ZRAPI_PC_LIBS)
   list(JOIN ZRAPI_PC_LIBS "" ZRAPI_PC_LIBS)
+  # Qt's headers refuse to be compiled without, and Qt's own pkg-config files do not say so.
+  if(requires MATCHES Qt5Core)
+    set(ZRAPI_PC_CFLAGS " -fPIC")
+  endif()
   configure_file(cmake/zrapi.pc.in ${PROJECT_BINARY_DIR}/ZRAPI_${name}.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/ZRAPI_${name}.pc
           DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,5 +1,6 @@
 // Uses each public header of the installed package once, on a machine that need not be a terminal.
 
+#include <common/zrapi_common/zr_color.h>
 #include <common/zrapi_common/zr_debug.h>
 #include <common/zrapi_common/zr_eeprom.h>
 #include <common/zrapi_common/zr_end_point.h>
