@@ -34,9 +34,11 @@ enum ZRVideoCommand : int {
 /// @par Threads
 /// All operations belong to the application's Qt thread, the one that made the object. The queue is
 /// also written by the thread that watches the streams, which queues a stop after an error. The
-/// list is deliberately not locked while it is changed: the mutex is taken and released before. An
-/// application that drains the queue often (every 50 ms, say) keeps it at one or two elements, and
-/// the moment in which both sides could meet at microseconds around the error of a stream.
+/// list is deliberately not locked while it is changed: the mutex is taken and released before. Two
+/// threads that change it in the same microsecond spoil it. An application that drains the queue
+/// often (every 50 ms, say) has it empty nearly always; but a start that fails at once, because its
+/// camera is gone or its port taken, meets the stop that its error queues more often. Start no input
+/// that must fail, or guard the list in a derived class: all that writes it is virtual.
 ///
 /// @par Interface numbers
 /// `input` is the 1-based number of an interface, 1 to 3 for the cameras, and the key of its stored

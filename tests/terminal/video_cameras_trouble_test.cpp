@@ -1,13 +1,23 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "camera_scene.h"
+#include "tests/scene/support/queue_guarding_input.h"
 
 namespace ZR::test {
 namespace {
 
-class VideoCamerasTrouble : public CameraScene {};
+class VideoCamerasTrouble : public CameraScene {
+  protected:
+    void SetUp() override {
+        CameraScene::SetUp();
+        // Starts fail at once here.
+        ZRGstreamerVideoInput::doInitialSetup();
+        ZRGstreamerVideoInput::instances["video"] = std::make_unique<QueueGuardingInput>("video");
+    }
+};
 
 constexpr char error[] = "GST Error : ";
 constexpr char restart[] = "Trigger stream restart in 1000 milliseconds.\n";
