@@ -4,6 +4,7 @@
 
 #include <QElapsedTimer>
 #include <QFile>
+#include <memory>
 #include <stdexcept>
 
 #include "tests/scene/support/scene_colours.h"
@@ -72,11 +73,12 @@ void Scene::runFor(double seconds) {
 }
 
 void Scene::renderFrame() {
-    bool rendered = false;
+    // Shared: what the renderer has posted may still come when nobody waits any more.
+    const auto rendered = std::make_shared<bool>(false);
     const auto connection = QObject::connect(window_.get(), &QQuickWindow::frameSwapped, timer_,
-                                             [&rendered] { rendered = true; });
+                                             [rendered] { *rendered = true; });
     window_->update();
-    const bool inTime = waitUntil([&rendered] { return rendered; }, frameLimit);
+    const bool inTime = waitUntil([&] { return *rendered; }, frameLimit);
     QObject::disconnect(connection);
     if (!inTime)
         throw std::runtime_error("the scene's window was not rendered");
