@@ -81,8 +81,9 @@ void reportError(GstMessage* message) {
     gst_message_parse_error(message, &error, &debug);
     const GlibError ownedError(error);
     const GlibText ownedDebug(debug);
-    printLine({"GST Error : ", orElse(error != nullptr ? error->message : nullptr, "")});
-    printLine({"  Debugging information: ", orElse(debug, "none")});
+    // In one piece: a line of the Qt thread's must not come between the two.
+    printLine({"GST Error : ", orElse(error != nullptr ? error->message : nullptr, ""),
+               "\n  Debugging information: ", orElse(debug, "none")});
 }
 
 void reportWarning(GstMessage* message) {
@@ -97,8 +98,7 @@ void reportWarning(GstMessage* message) {
 }
 
 void reportUnexpected(GstMessage* message) {
-    printLine({"Received message:"});
-    printLine({"\t", gst_message_type_get_name(GST_MESSAGE_TYPE(message))});
+    printLine({"Received message:\n\t", gst_message_type_get_name(GST_MESSAGE_TYPE(message))});
 }
 
 /// What only a message of this kind has to say.
